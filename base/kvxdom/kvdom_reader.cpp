@@ -371,11 +371,14 @@ class PanicIsFailure final : public xercesc::PanicHandler {
  */
 class XercesPlatform {
  public:
-  /** Once the library has gone while another thread still reads, Xerces-C stays. */
+  XercesPlatform() noexcept = default;
+  /** Where another thread still reads at the end of the process, Xerces-C stays. */
   ~XercesPlatform() {
     std::lock_guard lock(mutex_);
     if (begun_ && readers_ == 0) xercesc::XMLPlatformUtils::Terminate();
   }
+  XercesPlatform(const XercesPlatform&) = delete;
+  XercesPlatform& operator=(const XercesPlatform&) = delete;
 
   void enter() {
     std::lock_guard lock(mutex_);

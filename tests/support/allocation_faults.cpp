@@ -53,6 +53,7 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free
 
 extern "C" {
 void* __real_realloc(void* memory, std::size_t size);
-void* __wrap_realloc(void* memory, std::size_t size);
+// Visible, since the linker looks at the shared objects' use of realloc too.
+__attribute__((visibility("default"))) void* __wrap_realloc(void* memory, std::size_t size);
 void* __wrap_realloc(void* memory, std::size_t size) { return fails() ? nullptr : __real_realloc(memory, size); }
 }

@@ -1,0 +1,76 @@
+// How the XMLMap reader looks at the map: child elements by name, attributes, texts, and how it reports what is wrong.
+#ifndef KVXDM_SRC_KVXDMMAP_DOM_H
+#define KVXDM_SRC_KVXDMMAP_DOM_H
+
+#include <iterator>
+
+#include <kvxdom/kvdom.h>
+
+#include "kvxdmmain.h"
+#include "kvxdmtext.h"
+
+namespace xmlmap {
+
+constexpr char unit[] = "kvxdmmap";
+
+inline bool isNamed(const KvDomNode& node, const char* name) { return node.getName().compare(name, true) == 0; }
+
+/** The child elements of `parent` called `name`, in document order; for range-based loops. */
+class ChildrenNamed {
+ public:
+  class Iterator {
+   public:
+    Iterator(const KvDomNode& node, const char* name) : node_(node), name_(name) { skipOthers(); }
+    const KvDomNode& operator*() const { return node_; }
+    Iterator& operator++() {
+      node_ = node_.getNextSibling(false);
+      skipOthers();
+      return *this;
+    }
+    bool operator==(std::default_sentinel_t) const { return node_.null(); }
+
+   private:
+    void skipOthers() {
+      while (!node_.null() && !isNamed(node_, name_)) node_ = node_.getNextSibling(false);
+    }
+
+    KvDomNode node_;
+    const char* name_;
+  };
+
+  ChildrenNamed(const KvDomNode& parent, const char* name) : parent_(parent), name_(name) {}
+  Iterator begin() const { return {parent_.getFirstChild(false), name_}; }
+  std::default_sentinel_t end() const { return {}; }
+
+ private:
+  KvDomNode parent_;
+  const char* name_;
+};
+
+/** The first child element called `name`; a null handle without one. */
+inline KvDomNode firstChildNamed(const KvDomNode& parent, const char* name) {
+  return *ChildrenNamed(parent, name).begin();
+}
+
+inline KvbString attribute(const KvDomNode& node, const char* name) {
+  return node.getAttributeValue(KvbString(name, true));
+}
+
+inline KvbString trimmedText(const KvDomNode& node) {
+  KvbString text = node.getValue(false);
+  text.trim(true, true);
+  return text;
+}
+
+inline bool isKeyword(const KvbString& text, const char* keyword) { return text.compare(keyword, false) == 0; }
+
+/** Makes catalogue message `number` the main object's error message; false, for the failing step to return. */
+template <class... Arguments>
+bool fail(XDMMainImpl* main, int line, int number, const Arguments&... arguments) {
+  main->setErrorMessage(message(unit, line, number, arguments...));
+  return false;
+}
+
+}  // namespace xmlmap
+
+#endif
