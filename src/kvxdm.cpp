@@ -110,6 +110,14 @@ bool XDMMainImpl::setDecidesRow(XDMElemImpl* element) {
   return element->getDecidesRow();
 }
 
+// Every node holds its XPath, so a small document with a long path and much below it would fill any memory.
+bool XDMMainImpl::holdXPath(std::size_t bytes) noexcept {
+  constexpr std::size_t inAnyCase = 128 << 20;
+  constexpr std::size_t forEachNode = 1 << 10;
+  xpathBytes_ += bytes;
+  return xpathBytes_ <= inAnyCase + ++nodeCount_ * forEachNode;
+}
+
 void XDMMainImpl::reportExhausted(const char* what, KvbString* error) noexcept {
   const KvbString text = message(unit, __LINE__, 29, what);
   if (error) {

@@ -39,7 +39,7 @@ KvbString buildXPath(XDMMainImpl* main, XDMNode* node, const KvbString& prefix) 
     append(&xpath, ":", &failed);
   }
   xpath.append(node->getLocalName(), &failed);
-  if (!failed) return xpath;
+  if (!failed && main->holdXPath(view(xpath).size())) return xpath;
   main->setErrorMessage(message(unit, __LINE__, 29, "(XPath)"));
   return KvbString();
 }
@@ -53,6 +53,19 @@ bool appendLinked(XDMList* list, Item* item, Item* Item::*next) noexcept {
   return true;
 }
 
+/** Brings the index of a list that only grows at its end up to date, once there are nodes enough for one. */
+template <class Node>
+void bringUpToDate(NodeIndex<Node>* index, const XDMList& list, int* indexed) noexcept {
+  if (list.getCount() <= NodeIndex<Node>::threshold) return;
+  if (!index->exists()) {
+    *indexed = 0;
+    if (!index->create()) return;
+  }
+  while (index->exists() && *indexed < list.getCount()) {
+    index->addLast(static_cast<Node*>(list.getItem((*indexed)++)));
+  }
+}
+
 template <class Item>
 void deleteItems(const XDMList& list) noexcept {
   for (int i = 0; i < list.getCount(); ++i) delete static_cast<Item*>(list.getItem(i));
@@ -62,7 +75,7 @@ void deleteItems(const XDMList& list) noexcept {
 
 XDMElemImpl::XDMElemImpl(XDMMainImpl* main, XDMElemImpl* parent, const KvbString& prefix,
                          const KvbString& localName) noexcept
-    : main_(main), parent_(parent) {
+    : main_(main), parent_(parent), depth_(parent ? parent->depth_ + 1 : 1) {
   columnInfo_.setXDM(main);
   columnInfo_.setLocalName(localName);
   columnInfo_.setType(characterString);
@@ -143,7 +156,8 @@ XDMElemImpl* XDMElemImpl::createChild(const KvbString& prefix, const KvbString& 
     *created = false;
     return found;
   }
-  std::unique_ptr<XDMElemImpl> child(new (std::nothrow) XDMElemImpl(main_, this, prefix, localName));
+  std::unique_ptr<XDMElemImpl> child;
+  if (depth_ < deepest) child.reset(new (std::nothrow) XDMElemImpl(main_, this, prefix, localName));
   if (!child) return fail("createChild() failed to instantiate a new child");
   if (const char* failure = linkChild(child.get())) return fail(failure);
   *created = true;
@@ -274,23 +288,11 @@ XDMAttrImpl* XDMElemImpl::createAttribute(XDMNamespace* ns, const KvbString& loc
 }
 
 XDMAttrImpl* XDMElemImpl::lookupAttribute(const NodeKey& key) noexcept {
-  indexAttributes();
+  bringUpToDate(&attributeIndex_, attributes_, &indexedAttributes_);
   if (attributeIndex_.exists()) return attributeIndex_.find(key);
   XDMAttrImpl* attribute = firstAttribute();
   while (attribute && !(attribute->key() == key)) attribute = attribute->next_;
   return attribute;
-}
-
-/** Brings the index up to date, once there are attributes enough for one. */
-void XDMElemImpl::indexAttributes() noexcept {
-  if (attributes_.getCount() <= NodeIndex<XDMAttrImpl>::threshold) return;
-  if (!attributeIndex_.exists()) {
-    indexedAttributes_ = 0;
-    if (!attributeIndex_.create()) return;
-  }
-  while (attributeIndex_.exists() && indexedAttributes_ < attributes_.getCount()) {
-    attributeIndex_.addLast(static_cast<XDMAttrImpl*>(attributes_.getItem(indexedAttributes_++)));
-  }
 }
 
 XDMNSImpl* XDMElemImpl::createNamespace(const KvbString& prefix, const KvbString& uri) noexcept {
@@ -302,13 +304,20 @@ XDMNSImpl* XDMElemImpl::createNamespace(const KvbString& prefix, const KvbString
   return declaration.release();
 }
 
-XDMNSImpl* XDMElemImpl::lookupNamespace(const KvbString& prefix) const noexcept {
-  for (const XDMElemImpl* element = this; element; element = element->parent_) {
-    for (XDMNSImpl* ns = element->firstNamespace(); ns; ns = ns->next_) {
-      if (ns->prefix_.compare(prefix, true) == 0) return ns;
-    }
+XDMNSImpl* XDMElemImpl::lookupNamespace(const KvbString& prefix) noexcept {
+  for (XDMElemImpl* element = this; element; element = element->parent_) {
+    if (XDMNSImpl* ns = element->ownNamespace(prefix)) return ns;
   }
   return nullptr;
+}
+
+/** The earliest declaration of `prefix` on this element, or null. */
+XDMNSImpl* XDMElemImpl::ownNamespace(const KvbString& prefix) noexcept {
+  bringUpToDate(&namespaceIndex_, namespaces_, &indexedNamespaces_);
+  if (namespaceIndex_.exists()) return namespaceIndex_.find({view(prefix), {}});
+  XDMNSImpl* ns = firstNamespace();
+  while (ns && ns->prefix_.compare(prefix, true) != 0) ns = ns->next_;
+  return ns;
 }
 
 void XDMElemImpl::setNamespace(XDMNamespace* ns) noexcept {

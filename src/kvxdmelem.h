@@ -20,6 +20,9 @@ class XDMMainImpl;
 /** An element of the model. It owns its children, attributes and namespace declarations. */
 class XDMElemImpl final : public XDMElement {
  public:
+  /** The most elements that may stand inside each other, the root counts: what a document may have, too. */
+  static constexpr int deepest = 1'000;
+
   /** The XPath takes `prefix`, since a new element has no namespace yet. */
   XDMElemImpl(XDMMainImpl* main, XDMElemImpl* parent, const KvbString& prefix, const KvbString& localName) noexcept;
   XDMElemImpl(const XDMElemImpl&) = delete;
@@ -84,7 +87,7 @@ class XDMElemImpl final : public XDMElement {
   XDMNSImpl* createNamespace(const KvbString& prefix, const KvbString& uri) noexcept;
 
   /** The nearest declaration of `prefix` on this element or an ancestor, the earliest on one element; or null. */
-  XDMNSImpl* lookupNamespace(const KvbString& prefix) const noexcept;
+  XDMNSImpl* lookupNamespace(const KvbString& prefix) noexcept;
 
   /** The first child whose qualified name (prefix of its namespace, ":", local name) is `name`; null without one.
    * `*failed` becomes true when memory is exhausted. */
@@ -124,6 +127,10 @@ class XDMElemImpl final : public XDMElement {
   /** Clears the marks of this element, its attributes and, as far as they are flagged, its descendants. */
   void clearSelectedXPaths() noexcept;
 
+  /** The marking pass in which the declarations of this element went into the prolog for good; 0 for none. */
+  unsigned declaredInPass() const noexcept { return declaredInPass_; }
+  void setDeclaredInPass(unsigned pass) noexcept { declaredInPass_ = pass; }
+
   /** How many levels below this element the one that decides the row lies; 0 when none does. */
   int parentOfDecidingRow() noexcept;
 
@@ -151,7 +158,7 @@ class XDMElemImpl final : public XDMElement {
   XDMElemImpl* earlierChild(XDMElemImpl* one, XDMElemImpl* other) const noexcept;
 
   XDMAttrImpl* lookupAttribute(const NodeKey& key) noexcept;
-  void indexAttributes() noexcept;
+  XDMNSImpl* ownNamespace(const KvbString& prefix) noexcept;
 
   bool read(KvDomNode& node);
   bool readOccurs(const KvbString& occurs);
@@ -162,6 +169,7 @@ class XDMElemImpl final : public XDMElement {
 
   XDMMainImpl* main_;
   XDMElemImpl* parent_;
+  const int depth_;
   int maxOccurrences_ = 1;
   XDMColumnInfo columnInfo_;
   XDMList namespaces_;
@@ -182,6 +190,9 @@ class XDMElemImpl final : public XDMElement {
   NodeIndex<XDMElemImpl> childIndex_;
   NodeIndex<XDMAttrImpl> attributeIndex_;
   unsigned noRowBelow_ = 0;           // the row-mark version for which the distance 0 holds
+  unsigned declaredInPass_ = 0;
+  int indexedNamespaces_ = 0;         // so many declarations from the front are in the index
+  NodeIndex<XDMNSImpl> namespaceIndex_;
 };
 
 /** The library's own node behind the interface. REQUIRES: the node is an element. */

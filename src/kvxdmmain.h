@@ -57,6 +57,8 @@ class XDMMainImpl final : public XDMMain {
   XDMElemImpl* root() const noexcept { return root_; }
   /** The element that decides the row, or null. */
   XDMElemImpl* decidingElement() const noexcept { return decidingElement_; }
+  /** Counts the XPath of a new node. False when the model's XPaths together are out of all proportion to its nodes. */
+  bool holdXPath(std::size_t bytes) noexcept;
   /** Another number after every change of a row mark: what was found out for an older one is void. */
   unsigned rowMarkVersion() const noexcept { return rowMarkVersion_; }
 
@@ -137,6 +139,9 @@ class XDMMainImpl final : public XDMMain {
   bool groupExplicit_ = false;
   XDMList namespaceList_;
   unsigned rowMarkVersion_ = 1;
+  unsigned markingPass_ = 1;
+  std::size_t nodeCount_ = 0;
+  std::size_t xpathBytes_ = 0;
 };
 
 /**

@@ -6,6 +6,9 @@
 #include <kvxdm/kvxdm.h>
 #include <kvxdom/kvdom.h>
 
+#include "kvxdmindex.h"
+#include "kvxdmtext.h"
+
 class XDMElemImpl;
 
 /** A namespace declaration: made on an element, or without parent in the main object's namespace list. */
@@ -29,6 +32,9 @@ class XDMNSImpl final : public XDMNamespace {
 
   const KvbString& prefix() const noexcept { return prefix_; }
   const KvbString& uri() const noexcept { return uri_; }
+
+  /** What tells this declaration apart from the others of its element. */
+  NodeKey key() const noexcept { return {view(prefix_), {}}; }
 
   /** Writes this declaration under `parent`. False with the main object's error message set. */
   bool toDOM(KvDomNode& parent);

@@ -48,6 +48,7 @@ bool XDMMainImpl::markSelected() {
   namespaceProlog_.setNull();
   namespaceMap_.clear();
   ancestorsMarked_ = true;
+  ++markingPass_;
   bool marked = true;
   for (int i = 0; marked && i < selectedColumns_.getCount(); ++i) marked = markColumn(column(i));
   namespaceMap_.clear();
@@ -74,10 +75,15 @@ bool XDMMainImpl::markColumn(XDMColumnImpl* column) {
 }
 
 bool XDMMainImpl::markNamespaces(XDMElemImpl* element) {
+  if (element->declaredInPass() == markingPass_) return true;
   return guarded(this, "(XQuery Namespaces)", nullptr, false, [&] {
+    bool recorded = true;
     for (const XDMNSImpl* ns = element->firstNamespace(); ns; ns = XDMElemImpl::next(ns)) {
       if (!declareNamespace(*ns)) return false;
+      // Without a URI nothing is recorded, and the declaration is written again whenever it is met.
+      if (isEmpty(ns->uri())) recorded = false;
     }
+    if (recorded) element->setDeclaredInPass(markingPass_);
     return true;
   });
 }

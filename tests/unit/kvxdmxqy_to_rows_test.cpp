@@ -1,6 +1,7 @@
 // Tests the text of the XML-to-rows query.
 #include <gtest/gtest.h>
 
+#include "allocation_faults.h"
 #include "kvxdmmain.h"
 #include "to_rows_model.h"
 
@@ -59,6 +60,27 @@ TEST(ToRowsSuccess, LeavesTheCallersErrorUntouchedAndGivesTheSameTextAgain) {
   EXPECT_EQ(first, str(ask(main.get(), &error)));
   EXPECT_NE(first, "");
   EXPECT_EQ(str(error), "untouched");
+}
+
+TEST(ToRowsFailure, ExhaustedMemoryGivesTheWholeTextOrNone) {
+  const ToRowsShape& shape = toRowsShapes().front();
+  const ToRowsArguments& arguments = shape.arguments;
+  XDMMainPtr main = modelOf(shape);
+  long refused = 0;
+  sweepAllocationFaults([&](long nth, AllocationFaults::Extent extent) {
+    KvbString error, query;
+    bool met = false;
+    {
+      AllocationFaults faults(nth, extent);
+      query = main->genXQueryToColumns(arguments.streaming, arguments.sequenceArgument, arguments.relativeLets,
+                                       arguments.keepWhitespace, &error);
+      met = faults.met();
+    }
+    EXPECT_TRUE(str(query) == shape.query || (met && str(query).empty())) << str(query);
+    refused += str(query).empty();
+    return met;
+  });
+  EXPECT_GT(refused, 0);
 }
 
 TEST(ToRowsSuccess, AColumnXPathShorterThanTheRowsGivesTheRowItself) {
