@@ -5,6 +5,13 @@ if(KVXDM_WERROR)
   target_compile_options(kvxdm_options INTERFACE -Werror)
 endif()
 
+if(KVXDM_BUILD_FUZZERS)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    message(FATAL_ERROR "KVXDM_BUILD_FUZZERS needs Clang")
+  endif()
+  target_compile_options(kvxdm_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 if(KVXDM_SANITIZE)
   target_compile_options(kvxdm_options INTERFACE -fsanitize=${KVXDM_SANITIZE} -fno-sanitize-recover=all
                                                  -fno-omit-frame-pointer)

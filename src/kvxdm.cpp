@@ -150,6 +150,7 @@ XDMColumnImpl* XDMMainImpl::column(int index) const noexcept {
 }
 
 XDMColumn* XDMMainImpl::selectAsColumn(XDMNode* node, const KvbString& name, int isGroupBy) noexcept {
+  // cppcheck-suppress throwInNoexceptFunction ; guarded catches what createColumnName throws
   return guarded<XDMColumn*>(this, "(Selected Column)", nullptr, nullptr, [&]() -> XDMColumn* {
     KvbString columnName = name;
     if (isEmpty(name)) {

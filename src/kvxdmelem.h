@@ -183,15 +183,15 @@ class XDMElemImpl final : public XDMElement {
 
   // What keeps the operations above linear; none of it changes a result.
   XDMElemImpl* next_ = nullptr;
-  bool inVisitedPrefix_ = false;      // this element stands among the first visitedPrefix_ children of its parent
-  int visitedPrefix_ = 0;             // so many children from the front are known to have been visited
-  int indexedAttributes_ = 0;         // so many attributes from the front are in the index
-  XDMElemImpl* newest_ = nullptr;     // not in the index yet, since its namespace is still to be set
+  bool inVisitedPrefix_ = false;   // this element stands among the first visitedPrefix_ children of its parent
+  int visitedPrefix_ = 0;          // so many children from the front are known to have been visited
+  int indexedAttributes_ = 0;      // so many attributes from the front are in the index
+  XDMElemImpl* newest_ = nullptr;  // not in the index yet, since its namespace is still to be set
   NodeIndex<XDMElemImpl> childIndex_;
   NodeIndex<XDMAttrImpl> attributeIndex_;
-  unsigned noRowBelow_ = 0;           // the row-mark version for which the distance 0 holds
+  unsigned noRowBelow_ = 0;  // the row-mark version for which the distance 0 holds
   unsigned declaredInPass_ = 0;
-  int indexedNamespaces_ = 0;         // so many declarations from the front are in the index
+  int indexedNamespaces_ = 0;  // so many declarations from the front are in the index
   NodeIndex<XDMNSImpl> namespaceIndex_;
 };
 

@@ -134,10 +134,10 @@ bool KvbOutputFile::State::openDirectly() {
 }
 
 bool KvbOutputFile::State::openBeside() {
-  std::error_code error;
-  fs::path file = followed(path, &error);
-  if (!error && !file.has_filename()) error = std::make_error_code(std::errc::is_a_directory);
-  if (error) return fail("open", error.value());
+  std::error_code fault;
+  fs::path file = followed(path, &fault);
+  if (!fault && !file.has_filename()) fault = std::make_error_code(std::errc::is_a_directory);
+  if (fault) return fail("open", fault.value());
   // Renaming needs no right to the old file itself; a file that may not be written is not to be replaced either.
   if (replaces && !check(::faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0, "write")) return false;
   target = file;
@@ -190,9 +190,9 @@ bool KvbOutputFile::State::check(bool succeeded, const char* action) noexcept {
 
 /** Keeps the reason and takes the temporary file away at once. */
 bool KvbOutputFile::State::fail(const char* action, int code) noexcept {
-  char buffer[128];
+  char reason[128];
   failed = true;
-  error = kvbStringFormat("cannot %s \"%s\": %s", action, path.c_str(), ::strerror_r(code, buffer, sizeof buffer));
+  error = kvbStringFormat("cannot %s \"%s\": %s", action, path.c_str(), ::strerror_r(code, reason, sizeof reason));
   discard();
   return false;
 }

@@ -40,10 +40,10 @@ class KVXBASE_API KvbString {
   /** Holds a copy of the `length` bytes at `bytes`. */
   KvbString(const char* bytes, unsigned length);
 
-  KvbString(const KvbString& other) noexcept;
-  KvbString(KvbString&& other) noexcept : text_(other.text_) { other.text_ = nullptr; }
-  KvbString& operator=(const KvbString& other) noexcept;
-  KvbString& operator=(KvbString&& other) noexcept;
+  KvbString(const KvbString& other) noexcept;                                            ///< Shares the text.
+  KvbString(KvbString&& other) noexcept : text_(other.text_) { other.text_ = nullptr; }  ///< `other` becomes null.
+  KvbString& operator=(const KvbString& other) noexcept;                                 ///< Shares the text.
+  KvbString& operator=(KvbString&& other) noexcept;  ///< `other` becomes null, unless it is this string.
   ~KvbString() {
     if (text_) releaseText();
   }
@@ -135,6 +135,7 @@ static_assert(sizeof(KvbString) == sizeof(void*), "KvbString is one pointer wide
 
 /** Strict ordering of strings, byte by byte: the key order of every name map. */
 struct KvbStringLess {
+  /** Whether `left` orders before `right`. */
   bool operator()(const KvbString& left, const KvbString& right) const noexcept {
     return left.compare(right, true) < 0;
   }

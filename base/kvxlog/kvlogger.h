@@ -10,11 +10,11 @@ typedef int KvLoggingLevel;
 
 /** One event, as a sink receives it. The texts are valid during the call only. */
 struct KvLogEvent {
-  const char* category;
-  KvLoggingLevel level;
-  const char* sourceUnit;
-  int line;
-  const char* text;
+  const char* category;    ///< of the logger: "KV.XDM" for the library's own
+  KvLoggingLevel level;    ///< as given to the logger
+  const char* sourceUnit;  ///< the source that logs, for tracing
+  int line;                ///< the line of that source
+  const char* text;        ///< what to show
 };
 
 /** Receives events. It is called from the thread that logs, one call at a time, must not throw and must not log. */

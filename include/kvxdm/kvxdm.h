@@ -15,14 +15,16 @@
 // The library never runs a query; the host's XQuery processor does.
 //
 // Conventions
-//   Failures: an operation that can fail returns false, null or an empty string. Where it takes `error`, the text of the
-//     failure goes there, and `error` is left untouched on success. `error` must never be null.
+//   Failures: an operation that can fail returns false, null or an empty string. Where it takes `error`, the text of
+//     the failure goes there, and `error` is left untouched on success. `error` must never be null.
 //   Messages: "XDM<number>: <text>" for the numbered ones. Exhausted memory is message 29.
 //   Exceptions: none leaves any operation of the interfaces. kvxdmCreateMain alone lets std::bad_alloc out.
 //   Ownership: everything that is reached from a main object belongs to it. The host frees nothing and uses nothing
 //     after release.
 //   Threads: a main object and all that is reached from it are used by one thread at a time. Different main objects are
 //     independent.
+//   Limits: a model is at most 1,000 elements deep, and its XPaths together take at most 128 MiB and 1 KiB more for each
+//     node; beyond that an operation fails as with exhausted memory.
 //   ABI: hosts are compiled against the order of the operations below; it does not change.
 #ifndef KVXDM_KVXDM_H
 #define KVXDM_KVXDM_H
@@ -31,7 +33,7 @@
 
 #include <kvxbase/kvbstring.h>
 
-#define KVXDM_API __attribute__((visibility("default")))
+#define KVXDM_API __attribute__((visibility("default")))  ///< Marks what libkvxdm exports.
 
 class XDMAttribute;
 class XDMColumn;
@@ -93,8 +95,8 @@ class XDMMain {
    * `groupBy`: name=value pairs separated by white space, each value the name of a column to group by; the first one
    *   gets the highest group level. Empty for no grouping.
    * `flags`: 0x80000000 columns with retain="yes" take their group level from their distance to the row (ignored when
-   *   `groupBy` is given); 0x40000000 accept the map's OUTPUT for this table whatever its TABLEREF says; 0x20000000 make
-   *   the attributes of the OUTPUT's HEADING attributes of the root. Other bits are ignored.
+   *   `groupBy` is given); 0x40000000 accept the map's OUTPUT for this table whatever its TABLEREF says; 0x20000000
+   *   make the attributes of the OUTPUT's HEADING attributes of the root. Other bits are ignored.
    *
    * Returns true when at least one column was selected. On false `*error` says what is wrong with which item of the map
    * (messages 472, 1414, 1415, 1420, 1422, 1440, 1443 to 1450 and 1452, those of selectAsColumn and of
@@ -208,8 +210,8 @@ class XDMNode {
    * Selects the node as a column, behind the columns selected before. A node can be selected more than once.
    * `name`: the column's name; empty makes one from the local name (price, price1, price2, ...).
    * `isGroupBy`: whether rows are grouped by the column.
-   * Returns the column, or null when the name is in use or could not be made (267), the column could not be added (1433)
-   * or memory is exhausted (29 "(Selected Column)"); the interface has no place for these texts.
+   * Returns the column, or null when the name is in use or could not be made (267), the column could not be added
+   * (1433) or memory is exhausted (29 "(Selected Column)"); the interface has no place for these texts.
    */
   virtual XDMColumn* selectAsColumn(const KvbString& name, bool isGroupBy) = 0;
 };
@@ -331,8 +333,8 @@ class XDMColumn {
 
   /**
    * Gives the column an XPath of its own. Its steps, predicates cut off, must lead from the root down the tree; a last
-   * step that begins with "@" is not looked up. On false the old XPath stays and `*error` holds 1425 (empty model), 1445
-   * with the step that was not found, or 29 "(XPath step array)" or "(XPath step)".
+   * step that begins with "@" is not looked up. On false the old XPath stays and `*error` holds 1425 (empty model),
+   * 1445 with the step that was not found, or 29 "(XPath step array)" or "(XPath step)".
    */
   virtual bool setXPath(const KvbString& xpath, KvbString* error) = 0;
 };
@@ -413,6 +415,7 @@ extern KVXDM_API const char* const kvx_build_version;
 
 /** Ends a main object; for std::unique_ptr. A null pointer is left alone. */
 struct XDMMainRelease {
+  /** Releases `main` unless it is null. */
   void operator()(XDMMain* main) const {
     if (main) main->release();
   }

@@ -6,6 +6,7 @@
 #include <map>
 #include <pugixml.hpp>
 
+#include "sample_rows.h"
 #include "xmlmap.h"
 #include "xquery.h"
 
@@ -13,152 +14,6 @@ namespace {
 
 constexpr unsigned retain = 0x80000000;
 constexpr unsigned heading = 0x20000000;
-
-constexpr const char* windowsZones = "/usr/share/unicode/cldr/common/supplemental/windowsZones.xml";
-constexpr const char* validators =
-    "/usr/share/php/Symfony/Component/Validator/Resources/translations/validators.ja.xlf";
-constexpr const char* serviceProviders = "/usr/share/mobile-broadband-provider-info/serviceproviders.xml";
-
-// The reader without maps and queries
-
-std::string normalized(std::string_view text) {
-  std::string words;
-  bool pending = false;
-  for (char c : text) {
-    const bool isSpace = c == ' ' || c == '\t' || c == '\n' || c == '\r';
-    if (!isSpace && pending && !words.empty()) words += ' ';
-    if (!isSpace) words += c;
-    pending = isSpace;
-  }
-  return words;
-}
-
-/** The element's own text, without that of its children, with white space normalised. */
-std::string text(pugi::xml_node element) {
-  std::string own;
-  for (pugi::xml_node child : element.children()) own += child.type() == pugi::node_element ? "" : child.value();
-  return normalized(own);
-}
-
-std::string attribute(pugi::xml_node element, const char* name) { return element.attribute(name).value(); }
-
-/** The text of the child `name` that has, or has not, the attribute "xml:lang". */
-std::string name(pugi::xml_node parent, bool hasLanguage) {
-  for (pugi::xml_node child : parent.children("name")) {
-    if (child.attribute("xml:lang").empty() != hasLanguage) return text(child);
-  }
-  return {};
-}
-
-pugi::xml_node child(pugi::xml_node parent, const char* name, int number) {
-  for (pugi::xml_node each : parent.children(name)) {
-    if (--number == 0) return each;
-  }
-  return {};
-}
-
-Rows zones(pugi::xml_node data) {
-  Rows rows;
-  pugi::xml_node zones = data.child("windowsZones").child("mapTimezones");
-  for (pugi::xml_node zone : zones.children("mapZone")) {
-    rows.push_back({{"type_version", attribute(zones, "typeVersion")},
-                    {"cldr_revision", attribute(data.child("version"), "number")},
-                    {"windows", attribute(zone, "other")},
-                    {"territory", attribute(zone, "territory")},
-                    {"tzid", attribute(zone, "type")}});
-  }
-  return rows;
-}
-
-Rows releases(pugi::xml_node data) {
-  pugi::xml_node zones = data.child("windowsZones").child("mapTimezones");
-  return {{{"other_version", attribute(zones, "otherVersion")}, {"type_version", attribute(zones, "typeVersion")}}};
-}
-
-Rows units(pugi::xml_node xliff) {
-  Rows rows;
-  pugi::xml_node file = xliff.child("file");
-  for (pugi::xml_node unit : file.child("body").children("trans-unit")) {
-    rows.push_back({{"source_lang", attribute(file, "source-language")},
-                    {"target_lang", attribute(file, "target-language")},
-                    {"original", attribute(file, "original")},
-                    {"id", attribute(unit, "id")},
-                    {"resname", attribute(unit, "resname")},
-                    {"source", text(unit.child("source"))},
-                    {"target", text(unit.child("target"))},
-                    {"state", attribute(unit.child("target"), "state")}});
-  }
-  return rows;
-}
-
-Rows countries(pugi::xml_node providers) {
-  Rows rows;
-  for (pugi::xml_node country : providers.children("country")) {
-    rows.push_back({{"code", attribute(country, "code")}, {"name", text(country.child("name"))}});
-  }
-  return rows;
-}
-
-template <class Visit>
-void forEachProvider(pugi::xml_node providers, Visit visit) {
-  for (pugi::xml_node country : providers.children("country")) {
-    for (pugi::xml_node provider : country.children("provider")) visit(country, provider);
-  }
-}
-
-Rows providers(pugi::xml_node root) {
-  Rows rows;
-  forEachProvider(root, [&](pugi::xml_node country, pugi::xml_node provider) {
-    rows.push_back({{"country", attribute(country, "code")},
-                    {"country_name", text(country.child("name"))},
-                    {"name", name(provider, false)},
-                    {"name_local", name(provider, true)},
-                    {"primary", attribute(provider, "primary")}});
-  });
-  return rows;
-}
-
-Row accessPoint(pugi::xml_node country, pugi::xml_node provider, pugi::xml_node apn) {
-  return {{"country", attribute(country, "code")},
-          {"provider", name(provider, false)},
-          {"apn", attribute(apn, "value")},
-          {"label", name(apn, false)},
-          {"plan1", attribute(child(apn, "plan", 1), "type")},
-          {"plan2", attribute(child(apn, "plan", 2), "type")},
-          {"usage", attribute(apn.child("usage"), "type")},
-          {"username", text(apn.child("username"))},
-          {"password", text(apn.child("password"))},
-          {"dns1", text(child(apn, "dns", 1))},
-          {"dns2", text(child(apn, "dns", 2))},
-          {"mmsc", text(apn.child("mmsc"))},
-          {"mmsproxy", text(apn.child("mmsproxy"))},
-          {"auth", attribute(apn.child("authentication"), "method")}};
-}
-
-Rows accessPoints(pugi::xml_node root) {
-  Rows rows;
-  forEachProvider(root, [&](pugi::xml_node country, pugi::xml_node provider) {
-    for (pugi::xml_node gsm : provider.children("gsm")) {
-      for (pugi::xml_node apn : gsm.children("apn")) rows.push_back(accessPoint(country, provider, apn));
-    }
-  });
-  return rows;
-}
-
-Rows networks(pugi::xml_node root) {
-  Rows rows;
-  forEachProvider(root, [&](pugi::xml_node, pugi::xml_node provider) {
-    for (pugi::xml_node gsm : provider.children("gsm")) {
-      for (pugi::xml_node id : gsm.children("network-id")) {
-        rows.push_back(
-            {{"provider", name(provider, false)}, {"mcc", attribute(id, "mcc")}, {"mnc", attribute(id, "mnc")}});
-      }
-    }
-  });
-  return rows;
-}
-
-// The tables
 
 /** A way to import a table, and the columns with their group levels that must come of it. */
 struct Variant {
@@ -178,54 +33,54 @@ struct Sample {
 const Sample samples[] = {
     {"windows-zones",
      "zones",
-     windowsZones,
-     zones,
+     sample::windowsZones,
+     sample::zones,
      {{"", 0, "type_version cldr_revision windows territory tzid"},
       {"", retain, "type_version:1 cldr_revision windows territory tzid"},
       {"a=type_version b=windows", retain, "type_version:2 cldr_revision windows:1 territory tzid"}}},
     {"windows-zones",
      "releases",
-     windowsZones,
-     releases,
+     sample::windowsZones,
+     sample::releases,
      {{"", 0, "other_version type_version"}, {"", retain, "other_version type_version"}}},
     {"validators-19",
      "units",
-     validators,
-     units,
+     sample::validators,
+     sample::units,
      {{"", 0, "source_lang target_lang original id resname source target state"},
       {"", retain | heading, "source_lang:2 target_lang:2 original id resname source target state"},
       {"a=original", 0, "source_lang target_lang original:1 id resname source target state"}}},
     {"validators-21",
      "units",
-     validators,
-     units,
+     sample::validators,
+     sample::units,
      {{"", 0, "source_lang target_lang original id resname source target state"},
       {"", retain, "source_lang:2 target_lang:2 original id resname source target state"},
       {"a=original", 0, "source_lang target_lang original:1 id resname source target state"}}},
     {"service-providers",
      "countries",
-     serviceProviders,
-     countries,
+     sample::serviceProviders,
+     sample::countries,
      {{"", 0, "code name"}, {"", retain, "code name"}, {"first=code", 0, "code:1 name"}}},
     {"service-providers",
      "providers",
-     serviceProviders,
-     providers,
+     sample::serviceProviders,
+     sample::providers,
      {{"", 0, "country country_name name name_local primary"},
       {"", retain, "country:1 country_name name name_local primary"},
       {"first=\"country\" second=\"provider\"", 0, "country:2 country_name name name_local primary"}}},
     {"service-providers",
      "apns",
-     serviceProviders,
-     accessPoints,
+     sample::serviceProviders,
+     sample::accessPoints,
      {{"", 0, "country provider apn label plan1 plan2 usage username password dns1 dns2 mmsc mmsproxy auth"},
       {"", retain, "country:3 provider apn label plan1 plan2 usage username password dns1 dns2 mmsc mmsproxy auth"},
       {"first=\"country\" second=\"provider\"", 0,
        "country:2 provider:1 apn label plan1 plan2 usage username password dns1 dns2 mmsc mmsproxy auth"}}},
     {"service-providers",
      "networks",
-     serviceProviders,
-     networks,
+     sample::serviceProviders,
+     sample::networks,
      {{"", 0, "provider mcc mnc"},
       {"", retain, "provider mcc mnc"},
       {"first=\"country\" second=\"provider\"", 0, "provider:1 mcc mnc"}}},

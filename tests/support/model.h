@@ -12,15 +12,18 @@
 #include "kvxdmns.h"
 #include "texts.h"
 
-/** A main object with a root. Columns and tree end with it, which the main object by itself would leave behind. */
+/** Frees the columns and the tree, which a main object by itself leaves behind. */
+inline void freeModel(XDMMainImpl& main) {
+  while (XDMColumnImpl* column = main.column(0)) main.removeColumn(column);
+  delete main.root();
+}
+
+/** A main object with a root. Columns and tree end with it. */
 class Model {
  public:
   explicit Model(const char* rootName = "a", const char* rootPrefix = "")
       : root(main.createRoot(kv(rootPrefix), kv(rootName))) {}
-  ~Model() {
-    while (XDMColumnImpl* column = main.column(0)) main.removeColumn(column);
-    delete root;
-  }
+  ~Model() { freeModel(main); }
   Model(const Model&) = delete;
   Model& operator=(const Model&) = delete;
 

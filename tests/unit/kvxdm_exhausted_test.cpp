@@ -171,6 +171,18 @@ TEST(ExhaustedNamespace, IsMadeOrReported) {
                                                   "createNamespace() failed to append  the new namespace"));
 }
 
+TEST(ExhaustedNamespace, IsFoundAmongManyWithoutMemoryForAnIndex) {
+  sweepAllocationFaults([](long nth, Extent extent) {
+    Model model;
+    for (int i = 0; i < 40; ++i) model.root->createNamespace(kv(std::to_string(i)), name);
+    const KvbString last = kv("39");
+    XDMNSImpl* found = nullptr;
+    bool met = withFaults(nth, extent, [&] { found = model.root->lookupNamespace(last); });
+    EXPECT_EQ(str(found->getPrefix()), "39");
+    return met;
+  });
+}
+
 // Columns
 
 /** Selects the root under `columnName` behind `others` columns of the node's own name, and gives the texts. */

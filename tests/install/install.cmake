@@ -1,0 +1,12 @@
+# Installs BUILD into PREFIX and compares the list of files with EXPECTED.
+file(REMOVE_RECURSE ${PREFIX})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${PREFIX} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+file(GLOB_RECURSE found RELATIVE ${PREFIX} ${PREFIX}/*)
+list(TRANSFORM found REPLACE "Targets-[a-z]+" "Targets-BUILDTYPE")
+list(SORT found)
+list(JOIN found "\n" found)
+string(APPEND found "\n")
+file(READ ${EXPECTED} expected)
+if(NOT found STREQUAL expected)
+  message(FATAL_ERROR "Installed files differ from ${EXPECTED}:\n${found}")
+endif()

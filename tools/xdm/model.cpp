@@ -1,0 +1,184 @@
+#include "model.h"
+
+#include <filesystem>
+
+#include "diagnostics.h"
+#include "files.h"
+#include "map_place.h"
+#include "sources.h"
+#include "text.h"
+
+namespace {
+
+constexpr unsigned int collectionFlag = 0x80000000u;
+constexpr unsigned int retainFlag = 0x80000000u;
+constexpr unsigned int acceptOutputFlag = 0x40000000u;
+constexpr unsigned int headingFlag = 0x20000000u;
+constexpr std::uintmax_t largestText = 1u << 30;  // larger documents are refused by the library anyway
+
+bool isMap(const std::string& path) {
+  File file(std::fopen(path.c_str(), "rbe"));
+  try {
+    return file && readProlog(file.get()).rootName == "ROWMAPS";
+  } catch (const Failure&) {
+    return false;  // what can't be read, a folder for one, is left to the library, which says why
+  }
+}
+
+unsigned int importFlags(const ModelOptions& options) {
+  return (options.retain ? retainFlag : 0) | (options.acceptOutput ? acceptOutputFlag : 0) |
+         (options.heading ? headingFlag : 0);
+}
+
+void importMap(XDMMain& main, const std::string& path, const ModelOptions& options) {
+  KvbString error;
+  if (main.createFromXMLMap(toKvb(path), toKvb(options.table), toKvb(options.groupBy), importFlags(options), &error)) {
+    return;
+  }
+  std::string text = toStd(error);
+  std::string place = placeOfFailure(main, {options.path, path, options.table, options.heading, text});
+  if (text.empty()) {
+    text = "the import of '" + options.path +
+           "' failed; usually a path opens a brace that it never closes, or a default is not one of the valid values";
+  }
+  throw Failure(text, place);
+}
+
+void loadStandardInput(XDMMain& main) {
+  KvbString error;
+  std::string text = readText(stdin, largestText + 1);
+  if (text.size() > largestText) throw Failure("standard input holds more than 1 GiB");
+  if (!main.loadFromXML(toKvb(text), &error)) throw Failure(toStd(error));
+}
+
+void loadDocument(XDMMain& main, const std::string& path) {
+  KvbString error;
+  if (!main.loadFromFile(toKvb(path), &error)) throw Failure(toStd(error));
+}
+
+/** The path of the model: a pipe is copied, since it is read twice. */
+std::string readablePath(const std::string& path, const TemporaryFolder& folder) {
+  std::error_code unknown;
+  bool isPipe = std::filesystem::is_fifo(path, unknown) || std::filesystem::is_character_file(path, unknown);
+  return isPipe ? regularFile(path, folder) : path;
+}
+
+void fill(XDMMain& main, const ModelOptions& options) {
+  if (options.path == "-") {
+    loadStandardInput(main);
+  } else {
+    TemporaryFolder folder;
+    std::string path = readablePath(options.path, folder);
+    if (isMap(path)) return importMap(main, path, options);
+    loadDocument(main, path);
+  }
+  if (options.hasMapOptions) {
+    throw WrongUsage("'" + options.path +
+                     "' is an XDM document; --table, --group-by, --retain, --accept-output and --heading are for maps");
+  }
+}
+
+bool hasXPath(XDMNode* node, const KvbString& xpath) { return node->getXPath().compare(xpath, true) == 0; }
+
+XDMElement* findElement(XDMMain& main, const std::string& text) {
+  KvbString xpath = toKvb(text);
+  for (ElementWalk walk(main.getRootNode()); walk.element(); walk.next()) {
+    if (hasXPath(walk.element(), xpath)) return walk.element();
+  }
+  return nullptr;
+}
+
+XDMNode* findNode(XDMMain& main, const std::string& text) {
+  KvbString xpath = toKvb(text);
+  for (ElementWalk walk(main.getRootNode()); walk.element(); walk.next()) {
+    XDMElement* element = walk.element();
+    if (hasXPath(element, xpath)) return element;
+    for (XDMAttribute* attribute = nullptr; (attribute = element->getNextAttribute(attribute));) {
+      if (hasXPath(attribute, xpath)) return attribute;
+    }
+  }
+  return nullptr;
+}
+
+void markRow(XDMMain& main, const std::string& xpath) {
+  XDMElement* element = findElement(main, xpath);
+  if (!element) throw Failure("--row: the model has no element with the XPath '" + xpath + "'");
+  element->setDecidesRow(true);
+}
+
+void selectColumn(XDMMain& main, const ColumnChoice& choice) {
+  const char* option = choice.isGroupBy ? "--group-column" : "--column";
+  XDMNode* node = findNode(main, choice.xpath);
+  if (!node) throw Failure(std::string(option) + ": the model has no node with the XPath '" + choice.xpath + "'");
+  if (node->selectAsColumn(toKvb(choice.name), choice.isGroupBy)) return;
+  throw Failure(std::string(option) + ": '" + choice.xpath + "' could not be selected as column '" + choice.name +
+                "'; usually another column has that name");
+}
+
+void setColumnXPath(XDMMain& main, const std::string& name, const std::string& xpath) {
+  for (XDMColumn* column : columnsOf(main)) {
+    if (toStd(column->getName()) != name) continue;
+    KvbString error;
+    if (!column->setXPath(toKvb(xpath), &error)) throw Failure(toStd(error));
+    return;
+  }
+  throw Failure("--column-xpath: the model has no column '" + name + "'");
+}
+
+}  // namespace
+
+XDMMainPtr openModel(const ModelOptions& options) {
+  XDMMainPtr main(kvxdmCreateMain(options.collection ? collectionFlag : 0));
+  fill(*main, options);
+  if (options.row) markRow(*main, *options.row);
+  for (const ColumnChoice& choice : options.columns) selectColumn(*main, choice);
+  for (const auto& [name, xpath] : options.columnXPaths) setColumnXPath(*main, name, xpath);
+  return main;
+}
+
+void ElementWalk::next() {
+  if (XDMElement* child = element_->getChild()) {
+    element_ = child;
+    ++level_;
+    return;
+  }
+  XDMNode* sibling = nullptr;
+  while (element_ && !(sibling = element_->getNextSibling())) {
+    element_ = element_->getParent();
+    --level_;
+  }
+  element_ = static_cast<XDMElement*>(sibling);
+}
+
+std::vector<XDMColumn*> columnsOf(XDMMain& main) {
+  std::vector<XDMColumn*> columns;
+  for (int index = 0; index < main.getSelectedColumns(); ++index) columns.push_back(main.getSelectedColumn(index));
+  return columns;
+}
+
+std::vector<std::string> columnNames(XDMMain& main) {
+  std::vector<std::string> names;
+  for (XDMColumn* column : columnsOf(main)) names.push_back(toStd(column->getName()));
+  return names;
+}
+
+std::string qualifiedName(XDMNode* node) {
+  XDMNamespace* space = node->getNamespace();
+  std::string prefix = space ? toStd(space->getPrefix()) : "";
+  return prefix.empty() ? toStd(node->getLocalName()) : prefix + ":" + toStd(node->getLocalName());
+}
+
+const char* typeName(kvbType type) {
+  switch (type) {
+    case 2:
+      return "integer";
+    case 3:
+      return "double";
+    case 4:
+      return "string";
+    case 5:
+      return "datetime";
+    default:
+      return "none";
+  }
+}

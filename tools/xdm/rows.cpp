@@ -1,0 +1,43 @@
+// `xdm rows`.
+// Tested by tests/tool/xdm_rows_test.cpp.
+#include "commands.h"
+#include "diagnostics.h"
+#include "model.h"
+#include "processor.h"
+#include "query.h"
+#include "rows_format.h"
+#include "sources.h"
+#include "text.h"
+
+namespace {
+
+void print(RowsPrinter& printer, std::FILE* answer, const std::string& processor, const std::string& document) {
+  try {
+    printer.add(answer);
+  } catch (const Failure& problem) {
+    throw Failure("the XQuery processor " + processor + " gave no table of the rows of " + document, problem.what());
+  }
+}
+
+}  // namespace
+
+void printRows(const Options& options, Output& output) {
+  XDMMainPtr main = openModel(options.model);
+  std::string query = toRowsQuery(*main, options.generator);
+  TemporaryFolder folder;
+  std::unique_ptr<Processor> processor = chooseProcessor(options.processor);
+  std::unique_ptr<RowsPrinter> printer = makeRowsPrinter(options.format, columnNames(*main), output);
+  if (options.model.collection) {
+    std::string variable = toStd(main->getCollectionVariableName());
+    File answer = processor->runCollection(query, variable, openCollection(options.documents, folder));
+    print(*printer, answer.get(), processor->name(), "the collection");
+  } else {
+    std::vector<Source> documents;
+    for (const std::string& name : options.documents) documents.push_back(openSource(name, folder));
+    for (const Source& document : documents) {
+      File answer = processor->run(query, document);
+      print(*printer, answer.get(), processor->name(), document.name);
+    }
+  }
+  printer->finish();
+}
