@@ -10,6 +10,8 @@ function(kvxdm_add_library name)
   add_library(${name}_objects OBJECT ${arg_SOURCES})
   target_include_directories(${name}_objects PUBLIC ${arg_INCLUDES})
   target_link_libraries(${name}_objects PUBLIC ${arg_LINKS} PRIVATE kvxdm_options ${arg_PRIVATE_LINKS})
+  # A library calls its own exported functions directly; no host replaces them.
+  target_compile_options(${name}_objects PRIVATE -fno-semantic-interposition)
 
   add_library(${name} SHARED)
   add_library(kvxdm::${name} ALIAS ${name})

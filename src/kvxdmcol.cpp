@@ -9,9 +9,7 @@ namespace {
 
 constexpr kvbType characterString = 4;
 
-KvbString firstNotEmpty(const KvbString& own, const KvbString& ofNode) noexcept {
-  return isEmpty(own) ? ofNode : own;
-}
+KvbString firstNotEmpty(const KvbString& own, const KvbString& ofNode) noexcept { return isEmpty(own) ? ofNode : own; }
 
 }  // namespace
 

@@ -399,13 +399,11 @@ bool XDMElemImpl::toDOM(KvDomNode& parent) {
   KvbString occurs;
   occurs.assign(maxOccurrences_);
   if (!node.setAttributeValue(names.occurs, occurs)) {
-    main_->setErrorMessage(
-        kvbStringFormat("Unable to include 'occurs' attribute value for element '%s'.", localName));
+    main_->setErrorMessage(kvbStringFormat("Unable to include 'occurs' attribute value for element '%s'.", localName));
     return false;
   }
   if (decidesRow_ && !node.setAttributeValue(names.decides, names.yes)) {
-    main_->setErrorMessage(
-        kvbStringFormat("Unable to include 'decides' attribute value for element '%s'.", localName));
+    main_->setErrorMessage(kvbStringFormat("Unable to include 'decides' attribute value for element '%s'.", localName));
     return false;
   }
   for (XDMNSImpl* ns = firstNamespace(); ns; ns = ns->next_) {

@@ -110,7 +110,7 @@ class XDMMainImpl final : public XDMMain {
   bool toDOM(KvDom* dom);
   bool fromDOM(KvDom& dom);
 
-  /** Reports exhausted memory with the argument `what` of message 29: to `error` if given, else to the error message. */
+  /** Reports exhausted memory with the argument `what` of message 29: to `error` if given, else as error message. */
   void reportExhausted(const char* what, KvbString* error) noexcept;
 
  private:

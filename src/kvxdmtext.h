@@ -14,9 +14,7 @@ inline std::string_view view(const KvbString& string) noexcept {
 }
 
 /** A string that holds `text`. Throws std::bad_alloc on exhausted memory. */
-inline KvbString toString(std::string_view text) {
-  return KvbString(text.data(), static_cast<unsigned>(text.size()));
-}
+inline KvbString toString(std::string_view text) { return KvbString(text.data(), static_cast<unsigned>(text.size())); }
 
 /** The same without throwing: null when memory is exhausted. */
 inline KvbString tryToString(std::string_view text) noexcept {

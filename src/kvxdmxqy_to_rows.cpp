@@ -184,8 +184,7 @@ KvbString XDMMainImpl::genXQueryToColumns(bool streaming, bool sequenceArgument,
       *error = tryToString("No element decides the row.");
       return KvbString();
     }
-    KvbString query =
-        RowQueryWriter(*this, {streaming, sequenceArgument, relativeLets, keepWhitespace}).write();
+    KvbString query = RowQueryWriter(*this, {streaming, sequenceArgument, relativeLets, keepWhitespace}).write();
     if (query.isNull()) *error = message(unit, __LINE__, 29, "(XQuery)");
     return query;
   });

@@ -37,6 +37,7 @@ bool isAllowed(char32_t character) {
 
 /** The length of the allowed character at the start of `text`; 0 when there is none. */
 std::size_t allowedLength(std::string_view text) {
+  if (text[0] >= ' ') return 1;  // nearly all are ASCII; the bytes of other characters are negative
   std::size_t length = announcedLength(static_cast<unsigned char>(text[0]));
   if (length == 0 || length > text.size()) return 0;
   std::string_view sequence = text.substr(0, length);

@@ -4,6 +4,7 @@
 #include <kvxdom/kvdom_writer.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string_view>
 
@@ -186,8 +187,7 @@ class Writer {
 
   /** Indentation stops growing at some depth, or the output of a very deep tree would grow with its square. */
   void startLine() {
-    if (!indents()) return;
-    for (std::size_t level = std::min(depth_, deepestIndentation); level > 0; --level) output_.put("  ");
+    if (indents()) output_.put({blanks.data(), 2 * std::min(depth_, deepestIndentation)});
   }
 
   void endLine() {
@@ -195,6 +195,11 @@ class Writer {
   }
 
   static constexpr std::size_t deepestIndentation = 100;
+  static constexpr auto blanks = [] {
+    std::array<char, 2 * deepestIndentation> all{};
+    all.fill(' ');
+    return all;
+  }();
 
   const KvDomTree& tree_;
   const bool indent_;

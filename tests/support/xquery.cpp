@@ -9,10 +9,9 @@ namespace {
 
 std::vector<std::string> saxonCommand(const std::string& query, const std::string& input,
                                       const std::vector<std::pair<std::string, std::string>>& variables) {
-  std::vector<std::string> command = {"java", "-cp", "/usr/share/java/Saxon-HE.jar", "net.sf.saxon.Query",
+  std::vector<std::string> command = {"java",        "-cp",       "/usr/share/java/Saxon-HE.jar", "net.sf.saxon.Query",
                                       "-q:" + query, "!indent=no"};
-  command.push_back(
-      "--parserFeature?uri=http%3A//apache.org/xml/features/nonvalidating/load-external-dtd:false");
+  command.push_back("--parserFeature?uri=http%3A//apache.org/xml/features/nonvalidating/load-external-dtd:false");
   if (!input.empty()) command.push_back("-s:" + input);
   for (const auto& [name, value] : variables) command.push_back(name + "=" + value);
   return command;
@@ -21,8 +20,14 @@ std::vector<std::string> saxonCommand(const std::string& query, const std::strin
 std::vector<std::string> basexCommand(const std::string& query, const std::string& input, const TemporaryFolder& home,
                                       const std::vector<std::pair<std::string, std::string>>& variables) {
   // BaseX 9.7.2 goes wrong when it puts its text index into a loop ("Item expected, sequence found"), so none is made.
-  std::vector<std::string> command = {"java", "-Dorg.basex.path=" + home.path().string(), "-Dorg.basex.textindex=false",
-                                      "-cp", "/usr/share/java/basex.jar", "org.basex.BaseX", "-w", "-sindent=no"};
+  std::vector<std::string> command = {"java",
+                                      "-Dorg.basex.path=" + home.path().string(),
+                                      "-Dorg.basex.textindex=false",
+                                      "-cp",
+                                      "/usr/share/java/basex.jar",
+                                      "org.basex.BaseX",
+                                      "-w",
+                                      "-sindent=no"};
   if (!input.empty()) command.push_back("-i" + input);
   for (const auto& [name, value] : variables) command.push_back("-b" + name + "=" + value);
   command.push_back(query);

@@ -78,7 +78,8 @@ TEST_P(Document, IsMadeOfNoRows) { EXPECT_EQ(madeOf(csv("subject,isbn,title\r\n"
 TEST_P(Document, IsMadeOfTheXmlThatRowsPrints) {
   std::string xml =
       "\xEF\xBB\xBF<?xml "
-      "version='1.0'?><table>\n<row><subject>s</subject><isbn>1</isbn><title>a</title>\n</row></table>";
+      "version='1.0'?><table>\n<row><subject>s</subject><isbn>1</isbn><title>a</title>\n"
+      "</row></table>";
   EXPECT_EQ(madeOf(write("rows.xml", xml)), madeOf(csv("subject,isbn,title\r\ns,1,a\r\n")));
 }
 
@@ -98,7 +99,8 @@ TEST_P(Document, IsMadeOfRowsInTheNamespacesOfTheQuery) {
 
 TEST_P(Document, ReadsRowsWhoseColumnsHaveAPrefix) {
   std::string qualified = write("q.xdm", R"(<xdm version="1.0"><element name="a">
-    <namespace prefix="p" uri="urn:p"/><element name="r" decides="true"><element name="v"/></element></element></xdm>)");
+    <namespace prefix="p" uri="urn:p"/><element name="r" decides="true"><element name="v"/></element>
+    </element></xdm>)");
   std::string made =
       outputOf({"document", qualified, csv("p:v\r\nx\r\n"), "--column", "/a/r/v=p:v", "--processor", GetParam()});
   EXPECT_THAT(made, HasSubstr("<v>x</v>"));

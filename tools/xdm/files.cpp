@@ -112,7 +112,8 @@ std::string TemporaryFolder::write(std::string_view name, std::string_view text)
 
 std::string TemporaryFolder::copy(std::FILE* from) const {
   std::string path = file("copy-XXXXXX.xml");
-  File to = openDescriptor(mkostemps(path.data(), std::strlen(".xml"), O_CLOEXEC));
+  constexpr int endingLength = 4;
+  File to = openDescriptor(mkostemps(path.data(), endingLength, O_CLOEXEC));
   copyBytes(from, to.get());
   flush(to.get());
   return path;

@@ -1,6 +1,7 @@
 #include "model.h"
 
 #include <filesystem>
+#include <unordered_map>
 
 #include "diagnostics.h"
 #include "files.h"
@@ -78,41 +79,58 @@ void fill(XDMMain& main, const ModelOptions& options) {
   }
 }
 
-bool hasXPath(XDMNode* node, const KvbString& xpath) { return node->getXPath().compare(xpath, true) == 0; }
-
-XDMElement* findElement(XDMMain& main, const std::string& text) {
-  KvbString xpath = toKvb(text);
-  for (ElementWalk walk(main.getRootNode()); walk.element(); walk.next()) {
-    if (hasXPath(walk.element(), xpath)) return walk.element();
-  }
-  return nullptr;
-}
-
-XDMNode* findNode(XDMMain& main, const std::string& text) {
-  KvbString xpath = toKvb(text);
-  for (ElementWalk walk(main.getRootNode()); walk.element(); walk.next()) {
-    XDMElement* element = walk.element();
-    if (hasXPath(element, xpath)) return element;
-    for (XDMAttribute* attribute = nullptr; (attribute = element->getNextAttribute(attribute));) {
-      if (hasXPath(attribute, xpath)) return attribute;
+/** The nodes by XPath; of nodes with the same one the first in document order. */
+class NodeIndex {
+ public:
+  explicit NodeIndex(XDMMain& main) {
+    for (ElementWalk walk(main.getRootNode()); walk.element(); walk.next()) {
+      XDMElement* element = walk.element();
+      elements_.try_emplace(toStd(element->getXPath()), element);
+      nodes_.try_emplace(toStd(element->getXPath()), element);
+      for (XDMAttribute* attribute = nullptr; (attribute = element->getNextAttribute(attribute));) {
+        nodes_.try_emplace(toStd(attribute->getXPath()), attribute);
+      }
     }
   }
-  return nullptr;
-}
 
-void markRow(XDMMain& main, const std::string& xpath) {
-  XDMElement* element = findElement(main, xpath);
+  /** Null when there is none. */
+  XDMElement* element(const std::string& xpath) const { return find(elements_, xpath); }
+  XDMNode* node(const std::string& xpath) const { return find(nodes_, xpath); }
+
+ private:
+  template <typename Node>
+  using ByXPath = std::unordered_map<std::string, Node*>;
+
+  template <typename Node>
+  static Node* find(const ByXPath<Node>& nodes, const std::string& xpath) {
+    auto found = nodes.find(xpath);
+    return found == nodes.end() ? nullptr : found->second;
+  }
+
+  ByXPath<XDMElement> elements_;
+  ByXPath<XDMNode> nodes_;
+};
+
+void markRow(const NodeIndex& index, const std::string& xpath) {
+  XDMElement* element = index.element(xpath);
   if (!element) throw Failure("--row: the model has no element with the XPath '" + xpath + "'");
   element->setDecidesRow(true);
 }
 
-void selectColumn(XDMMain& main, const ColumnChoice& choice) {
+void selectColumn(const NodeIndex& index, const ColumnChoice& choice) {
   const char* option = choice.isGroupBy ? "--group-column" : "--column";
-  XDMNode* node = findNode(main, choice.xpath);
+  XDMNode* node = index.node(choice.xpath);
   if (!node) throw Failure(std::string(option) + ": the model has no node with the XPath '" + choice.xpath + "'");
   if (node->selectAsColumn(toKvb(choice.name), choice.isGroupBy)) return;
   throw Failure(std::string(option) + ": '" + choice.xpath + "' could not be selected as column '" + choice.name +
                 "'; usually another column has that name");
+}
+
+void mark(XDMMain& main, const ModelOptions& options) {
+  if (!options.row && options.columns.empty()) return;
+  NodeIndex index(main);
+  if (options.row) markRow(index, *options.row);
+  for (const ColumnChoice& choice : options.columns) selectColumn(index, choice);
 }
 
 void setColumnXPath(XDMMain& main, const std::string& name, const std::string& xpath) {
@@ -130,8 +148,7 @@ void setColumnXPath(XDMMain& main, const std::string& name, const std::string& x
 XDMMainPtr openModel(const ModelOptions& options) {
   XDMMainPtr main(kvxdmCreateMain(options.collection ? collectionFlag : 0));
   fill(*main, options);
-  if (options.row) markRow(*main, *options.row);
-  for (const ColumnChoice& choice : options.columns) selectColumn(*main, choice);
+  mark(*main, options);
   for (const auto& [name, xpath] : options.columnXPaths) setColumnXPath(*main, name, xpath);
   return main;
 }
