@@ -97,7 +97,9 @@ bool beginsMarkup(std::string_view text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = Input(data, size).rest();
   const std::optional<Records> records = recordsOf(text);
-  if (records) EXPECT_EQ(recordsOf(written(*records)), records);
+  if (records) {
+    EXPECT_EQ(recordsOf(written(*records)), records);
+  }
   const std::optional<Records> rows = convertedRowsOf(text);
   if (!rows || beginsMarkup(text)) return 0;
   // The first record is the header.

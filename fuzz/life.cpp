@@ -79,9 +79,15 @@ class Life {
     XDMElemImpl* before = main_->root();
     KvbString error;
     const bool succeeded = fill(&error);
-    if (succeeded) EXPECT_TRUE(error.isNull()) << str(error);
-    if (before) EXPECT_EQ(str(error), catalogue(1422));
-    if (before) EXPECT_EQ(main_->root(), before);
+    if (succeeded) {
+      EXPECT_TRUE(error.isNull()) << str(error);
+    }
+    if (before) {
+      EXPECT_EQ(str(error), catalogue(1422));
+    }
+    if (before) {
+      EXPECT_EQ(main_->root(), before);
+    }
     node_ = main_->root();
   }
 
@@ -123,7 +129,9 @@ class Life {
     EXPECT_EQ(node->getMain(), main_.get());
     EXPECT_GT(node->getXPath().length(), 0);
     EXPECT_TRUE(node->nodeType() == 1 || !node->getChild());
-    if (XDMElement* child = node->getChild()) EXPECT_EQ(child->getParent(), node);
+    if (XDMElement* child = node->getChild()) {
+      EXPECT_EQ(child->getParent(), node);
+    }
   }
 
   XDMElement* currentElement() { return node_ && node_->nodeType() == 1 ? static_cast<XDMElement*>(node_) : nullptr; }
