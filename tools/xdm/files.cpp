@@ -46,6 +46,7 @@ File makeSpool() {
 }
 
 void writeTo(std::FILE* file, std::string_view bytes) {
+  if (bytes.empty()) return;  // there may be no bytes to point at, which fwrite does not take
   if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
     throw systemFailure("cannot write a temporary file");
 }
