@@ -38,5 +38,5 @@ build_benchmarks() {
 
 # Every C++ file of ours.
 source_files() {
-  find base bench examples include src tests tools -name '*.h' -o -name '*.cpp' | sort
+  find base bench examples fuzz include src tests tools -name '*.h' -o -name '*.cpp' | sort
 }
