@@ -7,7 +7,12 @@ processor_packages=(libsaxonhe-java basex)
 command -v java >/dev/null || processor_packages+=(default-jre-headless)
 # Real documents, read where their packages put them.
 document_packages=(unicode-cldr-core mobile-broadband-provider-info php-symfony-validator)
-test_packages=(libgtest-dev libgmock-dev libpugixml-dev pkg-config "${processor_packages[@]}" "${document_packages[@]}")
+# What the page of `xdm show --html` is looked at with.
+browser_packages=(chromium chromium-driver python3)
+# What shows the manual page, completes the tool's command line and shares work out among workers.
+shell_packages=(man-db zsh parallel)
+test_packages=(libgtest-dev libgmock-dev libpugixml-dev pkg-config "${processor_packages[@]}" "${document_packages[@]}"
+  "${browser_packages[@]}" "${shell_packages[@]}")
 coverage_packages=(gcovr)
 check_packages=(ccache clang clang-format clang-tidy libclang-rt-14-dev)
 debian_packages=(dpkg-dev fakeroot lintian)

@@ -49,11 +49,14 @@
     return ancestors.reverse();
   };
 
-  // The tree: one line for each node whose ancestors are all expanded.
+  // The tree: a line for each node whose ancestors are all expanded, of which only those in sight are in the page.
 
   const tree = byId('tree');
-  const lines = new Map();  // of node indexes
+  const lines = byId('lines');
+  const lineHeight = 28;  // as in the style
+  let shown = [];  // the indexes of the nodes that have a line
   let current = 0;
+  let found = -1;  // the node that the search is at
 
   const typeText = (column) => column.type + (column.maximumLength ? `(${column.maximumLength})` : '');
 
@@ -62,126 +65,107 @@
     return `${column.name}: ${typeText(column)}${group}`;
   };
 
-  const makeLine = (index) => {
+  const nameText = (node) => (node.isAttribute ? '@' : '') + node.name;
+
+  const describeLine = (line, index) => {
     const node = nodes[index];
-    const name = (node.isAttribute ? '@' : '') + node.name;
-    const line = make('div', {className: node.isAttribute ? 'node attribute' : 'node', tabIndex: -1},
-      make('span', {className: 'name', textContent: name}));
-    if (node.decidesRow) line.append(make('span', {className: 'mark row', textContent: 'row'}));
-    line.append(...node.columns.map((column) => make('span', {className: 'mark', textContent: columnText(column)})));
-    line.dataset.index = index;
-    line.style.setProperty('--level', node.level);
     line.setAttribute('role', 'treeitem');
     line.setAttribute('aria-level', node.level + 1);
     line.setAttribute('aria-posinset', node.position);
     line.setAttribute('aria-setsize', node.parent < 0 ? 1 : nodes[node.parent].children);
-    line.setAttribute('aria-selected', 'false');
+    line.setAttribute('aria-selected', index === current);
     if (hasChildren(index)) line.setAttribute('aria-expanded', node.isExpanded);
-    lines.set(index, line);
+  };
+
+  const makeLine = (index) => {
+    const node = nodes[index];
+    const line = make('div', {id: `node-${index}`, className: 'node'},
+      make('span', {className: 'name', textContent: nameText(node)}));
+    line.classList.toggle('attribute', node.isAttribute);
+    line.classList.toggle('match', index === found);
+    if (node.decidesRow) line.append(make('span', {className: 'mark row', textContent: 'row'}));
+    line.append(...node.columns.map((column) => make('span', {className: 'mark', textContent: columnText(column)})));
+    line.dataset.index = index;
+    line.style.setProperty('--level', node.level);
+    describeLine(line, index);
     return line;
   };
 
-  const visibleFrom = (first, end) => {
-    const visible = [];
-    for (let at = first; at < end; at = nodes[at].isExpanded ? at + 1 : nodes[at].end) visible.push(at);
-    return visible;
+  const drawLines = () => {
+    const first = Math.max(0, Math.floor(tree.scrollTop / lineHeight) - 10);
+    const count = Math.ceil(tree.clientHeight / lineHeight) + 20;
+    lines.style.paddingTop = `${first * lineHeight}px`;
+    lines.replaceChildren(...shown.slice(first, first + count).map(makeLine));
+    tree.setAttribute('aria-activedescendant', `node-${current}`);
   };
 
-  const fragmentOf = (indexes) => {
-    const fragment = document.createDocumentFragment();
-    indexes.forEach((index) => fragment.append(makeLine(index)));
-    return fragment;
+  const bringIntoSight = (position) => {
+    const top = position * lineHeight;
+    const lowest = top + lineHeight - tree.clientHeight;
+    tree.scrollTop = Math.min(top, Math.max(tree.scrollTop, lowest));
+    drawLines();
+    lines.querySelector('[aria-selected="true"] .name').scrollIntoView({block: 'nearest', inline: 'nearest'});
   };
 
   const drawTree = () => {
-    lines.clear();
-    tree.replaceChildren(fragmentOf(visibleFrom(0, nodes.length)));
+    shown = [];
+    for (let at = 0; at < nodes.length; at = nodes[at].isExpanded ? at + 1 : nodes[at].end) shown.push(at);
+    lines.style.height = `${shown.length * lineHeight}px`;
+    byId('xpath').textContent = xpathOf(current);
+    bringIntoSight(shown.indexOf(current));
   };
 
-  const expand = (index) => {
-    if (!hasChildren(index) || nodes[index].isExpanded) return;
-    nodes[index].isExpanded = true;
-    const line = lines.get(index);
-    line.setAttribute('aria-expanded', 'true');
-    line.after(fragmentOf(visibleFrom(index + 1, nodes[index].end)));
-  };
-
-  const collapse = (index) => {
-    visibleFrom(index + 1, nodes[index].end).forEach((below) => {
-      lines.get(below).remove();
-      lines.delete(below);
-    });
-    nodes[index].isExpanded = false;
-    lines.get(index).setAttribute('aria-expanded', 'false');
-  };
-
-  const toggle = (index) => {
-    if (hasChildren(index)) (nodes[index].isExpanded ? collapse : expand)(index);
-  };
-
-  const setCurrent = (index) => {
-    const before = lines.get(current);
-    before?.setAttribute('aria-selected', 'false');
-    if (before) before.tabIndex = -1;
+  const goTo = (index) => {
+    ancestorsOf(index).forEach((at) => { nodes[at].isExpanded = true; });
     current = index;
-    const line = lines.get(index);
-    line.setAttribute('aria-selected', 'true');
-    line.tabIndex = 0;
-    line.scrollIntoView({block: 'nearest', inline: 'nearest'});
-    byId('xpath').textContent = xpathOf(index);
+    drawTree();
   };
 
-  const focusNode = (index) => {
-    setCurrent(index);
-    lines.get(index).focus({preventScroll: true});
+  const goToShown = (position) => { if (shown[position] !== undefined) goTo(shown[position]); };
+
+  const setExpanded = (index, isExpanded) => {
+    nodes[index].isExpanded = isExpanded && hasChildren(index);
+    drawTree();
   };
-
-  const reveal = (index) => ancestorsOf(index).forEach(expand);
-
-  const visibleAncestor = (index) => ancestorsOf(index).find((at) => !nodes[at].isExpanded) ?? index;
 
   const setAllExpanded = (isExpanded) => {
     nodes.forEach((node, index) => { node.isExpanded = isExpanded && hasChildren(index); });
+    if (!isExpanded) current = 0;
     drawTree();
-    setCurrent(visibleAncestor(current));
   };
 
-  const startTree = () => {
-    const row = Math.max(0, nodes.findIndex((node) => node.decidesRow));
-    const shown = ancestorsOf(row).reduce((sum, at) => sum + nodes[at].children, 0);
-    nodes.forEach((node, index) => { node.isExpanded = nodes.length <= largeTree && hasChildren(index); });
-    drawTree();
-    if (shown <= largeTree) reveal(row);
-    setCurrent(visibleAncestor(row));
-  };
-
-  const lineAt = (element) => Number(element.dataset.index);
-  const focusLine = (line) => { if (line) focusNode(lineAt(line)); };
+  const toggle = (index) => setExpanded(index, !nodes[index].isExpanded);
 
   const open = () => {
-    if (!hasChildren(current)) return;
-    if (nodes[current].isExpanded) focusNode(current + 1);
-    else expand(current);
+    if (nodes[current].isExpanded) goTo(current + 1);
+    else setExpanded(current, true);
   };
 
   const close = () => {
-    if (nodes[current].isExpanded) collapse(current);
-    else if (nodes[current].parent >= 0) focusNode(nodes[current].parent);
+    if (nodes[current].isExpanded) setExpanded(current, false);
+    else if (nodes[current].parent >= 0) goTo(nodes[current].parent);
   };
 
   const expandSiblings = () => {
-    const {parent} = nodes[current];
-    if (parent < 0) return expand(current);
-    for (let at = parent + 1; at < nodes[parent].end; at = nodes[at].end) expand(at);
+    const parent = nodes[current].parent;
+    const end = parent < 0 ? nodes.length : nodes[parent].end;
+    for (let at = parent + 1; at < end; at = nodes[at].end) nodes[at].isExpanded = hasChildren(at);
+    drawTree();
   };
 
+  const linesInSight = () => Math.max(1, Math.floor(tree.clientHeight / lineHeight) - 1);
+
+  const move = (by) => goToShown(Math.min(shown.length - 1, Math.max(0, shown.indexOf(current) + by)));
+
   const keys = {
-    ArrowDown: () => focusLine(lines.get(current).nextElementSibling),
-    ArrowUp: () => focusLine(lines.get(current).previousElementSibling),
+    ArrowDown: () => move(1),
+    ArrowUp: () => move(-1),
+    PageDown: () => move(linesInSight()),
+    PageUp: () => move(-linesInSight()),
     ArrowRight: open,
     ArrowLeft: close,
-    Home: () => focusLine(tree.firstElementChild),
-    End: () => focusLine(tree.lastElementChild),
+    Home: () => goToShown(0),
+    End: () => goToShown(shown.length - 1),
     Enter: () => toggle(current),
     ' ': () => toggle(current),
     '*': expandSiblings,
@@ -189,10 +173,9 @@
 
   // Typing a letter goes to the next line whose name begins with it.
   const goToLetter = (letter) => {
-    const shown = visibleFrom(0, nodes.length);
     const behind = shown.filter((index) => index > current);
-    const found = behind.concat(shown).find((index) => nodes[index].name.toLowerCase().startsWith(letter));
-    if (found !== undefined) focusNode(found);
+    const next = behind.concat(shown).find((index) => nodes[index].name.toLowerCase().startsWith(letter));
+    if (next !== undefined) goTo(next);
   };
 
   const onTreeKey = (event) => {
@@ -207,49 +190,50 @@
   const onTreeClick = (event) => {
     const line = event.target.closest('.node');
     if (!line) return;
-    focusLine(line);
-    toggle(lineAt(line));
+    current = Number(line.dataset.index);
+    toggle(current);
+  };
+
+  const startTree = () => {
+    current = Math.max(0, nodes.findIndex((node) => node.decidesRow));
+    const lineCount = ancestorsOf(current).reduce((sum, at) => sum + nodes[at].children, 0);
+    if (lineCount > largeTree) current = 0;
+    nodes.forEach((node, index) => { node.isExpanded = nodes.length <= largeTree && hasChildren(index); });
+    goTo(current);
   };
 
   // The search.
 
   const search = byId('search');
   let matches = [];
-  let match = -1;
-
-  const markMatch = (isMarked) => { if (match >= 0) lines.get(matches[match])?.classList.toggle('match', isMarked); };
+  let match = 0;
 
   const showMatch = (position) => {
-    markMatch(false);
     match = position;
-    reveal(matches[match]);
-    markMatch(true);
-    setCurrent(matches[match]);
+    found = matches[match];
+    goTo(found);
     byId('matches').textContent = `${match + 1} of ${matches.length}`;
   };
 
   const find = () => {
-    markMatch(false);
     const wanted = search.value.trim().toLowerCase();
-    match = -1;
-    matches = [];
-    nodes.forEach((node, index) => {
-      const name = (node.isAttribute ? '@' : '') + node.name;
-      if (wanted && name.toLowerCase().includes(wanted)) matches.push(index);
-    });
+    const isMatch = (node) => wanted && nameText(node).toLowerCase().includes(wanted);
+    matches = [...nodes.keys()].filter((index) => isMatch(nodes[index]));
+    found = -1;
     byId('matches').textContent = wanted ? 'no match' : '';
     if (matches.length) showMatch(0);
+    else drawLines();
   };
 
   const leaveSearch = () => {
     search.value = '';
     find();
-    focusNode(current);
+    tree.focus();
   };
 
   const onSearchKey = (event) => {
     if (event.key === 'Escape') leaveSearch();
-    if (event.key === 'ArrowDown') focusNode(current);
+    if (event.key === 'ArrowDown') tree.focus();
     if (event.key === 'Enter' && matches.length) {
       showMatch((match + (event.shiftKey ? matches.length - 1 : 1)) % matches.length);
     }
@@ -305,8 +289,8 @@
   const columnLine = (column, shown) => {
     const name = make('button', {type: 'button', className: 'link', textContent: column.name});
     name.addEventListener('click', () => {
-      reveal(column.node);
-      focusNode(column.node);
+      goTo(column.node);
+      tree.focus();
     });
     return make('tr', {}, make('th', {scope: 'row'}, name),
       ...shown.map(([, className, value]) => make('td', {className, textContent: value(column)})));
@@ -383,6 +367,8 @@
   const listen = () => {
     tree.addEventListener('keydown', onTreeKey);
     tree.addEventListener('click', onTreeClick);
+    tree.addEventListener('scroll', drawLines);
+    window.addEventListener('resize', drawLines);
     search.addEventListener('input', find);
     search.addEventListener('keydown', onSearchKey);
     document.addEventListener('keydown', onPageKey);
