@@ -11,6 +11,8 @@ std::vector<std::string>& warnings() {
   return kept;
 }
 
+bool isSilent = false;
+
 void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); }
 
 bool isLineEnd(char c) { return c == '\n' || c == '\r'; }
@@ -21,7 +23,10 @@ void warn(const std::string& text) {
   if (std::find(warnings().begin(), warnings().end(), text) == warnings().end()) warnings().push_back(text);
 }
 
+void silenceWarnings() { isSilent = true; }
+
 void printWarnings() {
+  if (isSilent) return;
   for (const std::string& text : warnings()) {
     print("xdm: warning: ");
     print(text);

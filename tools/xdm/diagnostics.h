@@ -26,6 +26,8 @@ class WrongUsage : public std::runtime_error {
 /** Keeps a warning for printWarnings: an error must be the first line on standard error, whatever was met before. */
 void warn(const std::string& text);
 void printWarnings();
+/** From here on printWarnings prints nothing. */
+void silenceWarnings();
 
 /** Prints "xdm: error: " and `message` on one line, then `details` on lines of their own. */
 void printError(std::string_view message, std::string_view details = {});

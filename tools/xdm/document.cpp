@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "model.h"
 #include "processor.h"
+#include "progress.h"
 #include "query.h"
 #include "rows_input.h"
 #include "sources.h"
@@ -26,5 +27,6 @@ void printDocument(const Options& options, Output& output) {
   TemporaryFolder folder;
   std::unique_ptr<Processor> processor = chooseProcessor(options.processor);
   Source rows = readyRows(options.documents.front(), {columnNames(*main), query}, folder);
+  tellProgress("running " + processor->name() + " on " + rows.name);
   output.copy(processor->run(query, rows).get());
 }

@@ -10,6 +10,7 @@
 #include "diagnostics.h"
 #include "options.h"
 #include "output.h"
+#include "progress.h"
 
 namespace {
 
@@ -23,13 +24,19 @@ void occupyStandardStreams() {
   }
 }
 
+void runCommand(const Options& options, Output& output) {
+  Progress progress(options.quiet);
+  options.command(options, output);
+}
+
 ExitStatus run(int argc, char** argv) {
   CommandLine commandLine;
   try {
     std::optional<Options> options = commandLine.parse(argc, argv);
     if (!options) return success;
+    if (options->quiet) silenceWarnings();
     Output output(options->output);
-    options->command(*options, output);
+    runCommand(*options, output);
     output.finish();
     return success;
   } catch (const WrongUsage& wrong) {

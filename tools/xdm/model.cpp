@@ -6,6 +6,7 @@
 #include "diagnostics.h"
 #include "files.h"
 #include "map_place.h"
+#include "progress.h"
 #include "sources.h"
 #include "text.h"
 
@@ -146,6 +147,7 @@ void setColumnXPath(XDMMain& main, const std::string& name, const std::string& x
 }  // namespace
 
 XDMMainPtr openModel(const ModelOptions& options) {
+  tellProgress("reading " + titleOf(options.path));
   XDMMainPtr main(kvxdmCreateMain(options.collection ? collectionFlag : 0));
   fill(*main, options);
   mark(*main, options);

@@ -12,6 +12,7 @@
 
 #include "commands.h"
 #include "diagnostics.h"
+#include "man.h"
 
 namespace {
 
@@ -116,6 +117,8 @@ struct CommandLine::Definition {
 CommandLine::Definition::Definition() {
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.set_version_flag("--version", kvx_build_info, "Print the version and exit");
+  // What the build makes xdm.1 with; no concern of a user's, so the help keeps quiet about it.
+  app.add_flag_callback("--man-page", [this] { throw CLI::CallForVersion(manPage(app), 0); })->group("");
   app.require_subcommand(1);
   CLI::App* tables = addCommand(&app, "tables", "Print the names of the tables of an XMLMap", &printTables);
   tables->add_option("MAP", options.model.path, "an XMLMap file")->required();
@@ -162,6 +165,7 @@ CLI::App* CommandLine::Definition::addCommand(CLI::App* parent, const char* name
                                               void (*run)(const Options&, Output&)) {
   CLI::App* command = parent->add_subcommand(name, help);
   command->add_option("-o,--output", options.output, "Write to FILE, whole or not at all")->type_name("FILE");
+  command->add_flag("-q,--quiet", options.quiet, "Print no warnings and show no progress");
   afterwards[command].push_back([this, run] { options.command = run; });
   return command;
 }

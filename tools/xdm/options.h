@@ -56,6 +56,7 @@ struct Options {
   std::string format;
   std::vector<std::string> documents;
   std::string output;  // empty: standard output
+  bool quiet = false;
 };
 
 /** The definition of the command line, and its reading. */

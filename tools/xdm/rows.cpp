@@ -4,6 +4,7 @@
 #include "diagnostics.h"
 #include "model.h"
 #include "processor.h"
+#include "progress.h"
 #include "query.h"
 #include "rows_format.h"
 #include "sources.h"
@@ -29,12 +30,16 @@ void printRows(const Options& options, Output& output) {
   std::unique_ptr<RowsPrinter> printer = makeRowsPrinter(options.format, columnNames(*main), output);
   if (options.model.collection) {
     std::string variable = toStd(main->getCollectionVariableName());
+    tellProgress("running " + processor->name() + " on the collection");
     File answer = processor->runCollection(query, variable, openCollection(options.documents, folder));
     print(*printer, answer.get(), processor->name(), "the collection");
   } else {
     std::vector<Source> documents;
     for (const std::string& name : options.documents) documents.push_back(openSource(name, folder));
-    for (const Source& document : documents) {
+    for (std::size_t i = 0; i < documents.size(); ++i) {
+      const Source& document = documents[i];
+      tellProgress("running " + processor->name() + " on " + document.name + " (" + std::to_string(i + 1) + " of " +
+                   std::to_string(documents.size()) + ")");
       File answer = processor->run(query, document);
       print(*printer, answer.get(), processor->name(), document.name);
     }
