@@ -310,6 +310,22 @@ TEST_F(RowsOfACommand, ThatAreNoTableOfTheColumnsFail) {
   }
 }
 
+TEST_F(RowsOfACommand, DoNotMixWithTheRowBefore) {
+  const std::string first = "<table><row><title>a title, long</title><subject>maps</subject></row>";
+  std::string next = write("next", first + "<row><title/><subject>s</subject></row></table>");
+  EXPECT_EQ(outputOf(given("cat " + next)), "title,subject\r\n\"a title, long\",maps\r\n,s\r\n");
+  std::string shorter = write("shorter", first + "<row><title>b</title></row></table>");
+  EXPECT_THAT(xdm(given("cat " + shorter)).error, testing::EndsWith("\na row with 1 columns instead of 2\n"));
+}
+
+TEST_F(RowsOfACommand, EscapeWhatJsonReserves) {
+  std::string answer = write("answer",
+                             "<table><row><title>\"a\" \\ b</title><subject>&#9;&#10;&#13;\x7F\xC3\xA9</subject></row>"
+                             "</table>");
+  EXPECT_EQ(outputOf(given("cat " + answer, {"--format", "json"})),
+            "[\n{\"title\": \"\\\"a\\\" \\\\ b\", \"subject\": \"\\t\\n\\r\x7F\xC3\xA9\"}\n]\n");
+}
+
 TEST_F(RowsOfACommand, ThatAreOneTagAmongOthersAreOneTableAsXml) {
   std::string script = write("script",
                              "case $(cat \"$1\") in *x*) echo '<table><row><title>x</title><subject/></row></table>';;"

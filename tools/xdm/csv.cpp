@@ -3,6 +3,7 @@
 // NOLINTNEXTLINE(readability-duplicate-include): this one is libcsv's
 #include <csv.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <string_view>
@@ -15,16 +16,7 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-// An empty line is no line to many readers, so a lone empty field is quoted too.
-std::string csvField(const std::string& value, bool alone) {
-  if (value.find_first_of(",\"\r\n") == std::string::npos && !(alone && value.empty())) return value;
-  std::string quoted = "\"";
-  for (char c : value) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + '"';
-}
+bool needsQuotes(char c) { return c == ',' || c == '"' || c == '\r' || c == '\n'; }
 
 /** The number of line ends in `text`: CRLF, CR and LF are one each. */
 unsigned long lineEnds(std::string_view text) {
@@ -117,13 +109,36 @@ class Reader {
 
 }  // namespace
 
-std::string csvLine(const std::vector<std::string>& fields) {
-  std::string line;
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    if (i > 0) line += ',';
-    line += csvField(fields[i], fields.size() == 1);
+void CsvLine::add(std::string_view field) {
+  if (fields_ == 0) text_.clear();
+  if (fields_++ > 0) text_ += ',';
+  if (std::any_of(field.begin(), field.end(), needsQuotes)) {
+    addQuoted(field);
+  } else {
+    text_ += field;
   }
-  return line + "\r\n";
+}
+
+std::string_view CsvLine::finish() {
+  if (text_.empty()) text_ = "\"\"";  // to many readers an empty line is no line
+  text_ += "\r\n";
+  fields_ = 0;
+  return text_;
+}
+
+void CsvLine::addQuoted(std::string_view field) {
+  text_ += '"';
+  for (char c : field) {
+    if (c == '"') text_ += '"';
+    text_ += c;
+  }
+  text_ += '"';
+}
+
+std::string csvLine(const std::vector<std::string>& fields) {
+  CsvLine line;
+  for (const std::string& field : fields) line.add(field);
+  return std::string(line.finish());
 }
 
 void readCsv(std::FILE* file, const std::string& name, CsvSink& sink) {

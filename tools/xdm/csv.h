@@ -5,9 +5,24 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
-/** One line, with quotes where they are needed. */
+/** Puts fields together to a line, with quotes where they are needed; used for one line after the other. */
+class CsvLine {
+ public:
+  void add(std::string_view field);
+  /** Ends the line, which has a field. Its text is there until the next line gets one. */
+  std::string_view finish();
+
+ private:
+  void addQuoted(std::string_view field);
+
+  std::string text_;
+  std::size_t fields_ = 0;
+};
+
+/** The line of `fields`. */
 std::string csvLine(const std::vector<std::string>& fields);
 
 /** Takes the lines of a CSV file. `line` is the number of the first line of the file on which the fields stand. */

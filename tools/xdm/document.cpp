@@ -28,5 +28,5 @@ void printDocument(const Options& options, Output& output) {
   std::unique_ptr<Processor> processor = chooseProcessor(options.processor);
   Source rows = readyRows(options.documents.front(), {columnNames(*main), query}, folder);
   tellProgress("running " + processor->name() + " on " + rows.name);
-  output.copy(processor->run(query, rows).get());
+  processor->run(query, rows, [&](std::FILE* answer) { output.copy(answer); });
 }

@@ -12,20 +12,27 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <sstream>
 
 #include "diagnostics.h"
+#include "files.h"
 
 namespace {
 
-constexpr std::uintmax_t longestError = 1 << 20;
+constexpr std::uintmax_t longestMessage = 1 << 20;
 
 std::atomic<pid_t> runningChild{0};
+std::atomic<int> outputOfChild{-1};
 std::atomic<bool> isInterrupted{false};
 
+// The output ends with the child, unless the child has children that write it too: these are not waited for.
 void passOn(int signal) {
   isInterrupted = true;
-  if (pid_t child = runningChild) kill(child, signal);
+  if (pid_t child = runningChild) {
+    fcntl(outputOfChild, F_SETFL, O_NONBLOCK);
+    kill(child, signal);
+  }
 }
 
 /** While it lives, signals that ask this process to end go to the child, so that temporary files are still removed. */
@@ -79,7 +86,7 @@ class SpawnSettings {
   }
 };
 
-std::vector<std::string> environmentWith(const std::vector<std::pair<std::string, std::string>>& added) {
+std::vector<std::string> environmentWith(const Environment& added) {
   std::vector<std::string> environment;
   for (const auto& [name, value] : added) environment.push_back(name + "=" + value);
   std::size_t own = environment.size();
@@ -100,38 +107,106 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   return result;
 }
 
-int waitFor(pid_t child) {
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) throw Failure(std::string("cannot wait for a program: ") + std::strerror(errno));
+/** A pipe that other programs don't inherit. */
+struct Pipe {
+  Pipe() {
+    std::array<int, 2> ends;
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw Failure(std::string("cannot make a pipe: ") + std::strerror(errno));
+    reading.reset(fdopen(ends[0], "rb"));
+    writing.reset(fdopen(ends[1], "wb"));
+    if (!reading || !writing) throw std::bad_alloc();
   }
-  return status;
-}
+
+  File reading;
+  File writing;
+};
 
 std::string describe(int status) {
   return WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status))
                            : "signal " + std::to_string(WTERMSIG(status));
 }
 
+/** A program that runs and writes into a pipe. It is killed when it lives on until its object is destroyed. */
+class Child {
+ public:
+  Child(const std::vector<std::string>& command, const Environment& environment) : error_(makeSpool()) {
+    spawn(command, environmentWith(environment));
+    pipe_.writing.reset();  // the end of the child alone is the end of the output
+    outputOfChild = fileno(output());
+    runningChild = pid_;
+    if (isInterrupted) passOn(SIGTERM);
+  }
+  ~Child() {
+    if (pid_ == 0) return;
+    kill(pid_, SIGKILL);
+    reap();
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  std::FILE* output() const { return pipe_.reading.get(); }
+
+  /** Reads on to the end of the output; false when more is left than a message takes. */
+  bool skipMessage() {
+    Buffer buffer;
+    for (std::uintmax_t length = 0; length < longestMessage;) {
+      std::size_t read = isInterrupted ? 0 : std::fread(buffer.data(), 1, buffer.size(), output());
+      if (read == 0) return true;
+      length += read;
+    }
+    return false;
+  }
+
+  /** Waits for the end. What the child still writes to its output is lost. */
+  ProcessEnd finish() {
+    outputOfChild = -1;
+    pipe_.reading.reset();
+    std::optional<int> status = reap();
+    if (isInterrupted) throw Failure("interrupted");
+    if (!status) throw Failure("the system does not tell how a program ended");
+    readFrom(error_.get(), 0);
+    return {*status == 0, describe(*status), readText(error_.get(), longestMessage)};
+  }
+
+ private:
+  void spawn(std::vector<std::string> words, std::vector<std::string> variables) {
+    SpawnSettings settings(fileno(pipe_.writing.get()), fileno(error_.get()));
+    int problem = posix_spawnp(&pid_, words[0].c_str(), &settings.actions, &settings.attributes, pointers(words).data(),
+                               pointers(variables).data());
+    if (problem != 0) throw Failure("cannot run '" + words[0] + "': " + std::strerror(problem));
+  }
+
+  std::optional<int> reap() {
+    int status = 0;
+    pid_t ended = 0;
+    do {
+      ended = waitpid(pid_, &status, 0);
+    } while (ended < 0 && errno == EINTR);
+    runningChild = pid_ = 0;
+    return ended < 0 ? std::nullopt : std::optional(status);
+  }
+
+  Pipe pipe_;
+  File error_;
+  pid_t pid_ = 0;
+};
+
 }  // namespace
 
-ProcessEnd runProcess(const std::vector<std::string>& command,
-                      const std::vector<std::pair<std::string, std::string>>& environment, std::FILE* output) {
-  File error = makeSpool();
-  SpawnSettings settings(fileno(output), fileno(error.get()));
-  std::vector<std::string> words = command;
-  std::vector<std::string> variables = environmentWith(environment);
+ProcessEnd runProcess(const std::vector<std::string>& command, const Environment& environment,
+                      const OutputReader& read) {
   SignalRelay relay;
-  pid_t child = 0;
-  int problem = posix_spawnp(&child, words[0].c_str(), &settings.actions, &settings.attributes, pointers(words).data(),
-                             pointers(variables).data());
-  if (problem != 0) throw Failure("cannot run '" + command[0] + "': " + std::strerror(problem));
-  runningChild = child;
-  if (isInterrupted) kill(child, SIGTERM);
-  int status = waitFor(child);
-  if (isInterrupted) throw Failure("interrupted");
-  readFrom(error.get(), 0);
-  return {status == 0, describe(status), readText(error.get(), longestError)};
+  Child child(command, environment);
+  try {
+    read(child.output());
+  } catch (const Failure&) {
+    // A program that fails breaks its output off, or writes a message there.
+    if (!child.skipMessage()) throw;
+    ProcessEnd end = child.finish();
+    if (end.succeeded) throw;
+    return end;
+  }
+  return child.finish();
 }
 
 std::string findProgram(const std::string& name) {

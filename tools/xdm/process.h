@@ -1,13 +1,13 @@
 // Runs another program, without a shell.
-// Tested by tests/tool/xdm_rows_test.cpp.
+// Tested by tests/tool/xdm_process_test.cpp.
 #ifndef XDM_PROCESS_H
 #define XDM_PROCESS_H
 
+#include <cstdio>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "files.h"
 
 /** How a program ended. */
 struct ProcessEnd {
@@ -16,10 +16,19 @@ struct ProcessEnd {
   std::string error;  // what it wrote to standard error
 };
 
-/** Runs `command` with nothing on standard input, `environment` added to this process's, and standard output to
- * `output`. Throws Failure when the program can't be started or the user interrupts. */
-ProcessEnd runProcess(const std::vector<std::string>& command,
-                      const std::vector<std::pair<std::string, std::string>>& environment, std::FILE* output);
+using Environment = std::vector<std::pair<std::string, std::string>>;
+
+/** Reads what a program writes to standard output, to the end. */
+using OutputReader = std::function<void(std::FILE*)>;
+
+/**
+ * Runs `command` with nothing on standard input and `environment` added to this process's, and calls `read` while it
+ * runs. What `read` throws comes out, unless the program itself failed by then: the end that it came to explains more.
+ * It never outlives the call: where its end is not waited for, it is killed. Throws Failure when it can't be started or
+ * the user interrupts.
+ */
+ProcessEnd runProcess(const std::vector<std::string>& command, const Environment& environment,
+                      const OutputReader& read);
 
 /** The path of program `name` on PATH; empty without one. */
 std::string findProgram(const std::string& name);

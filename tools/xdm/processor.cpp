@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "diagnostics.h"
-#include "process.h"
 #include "text.h"
 
 namespace fs = std::filesystem;
@@ -73,7 +72,7 @@ class JavaProcessor : public Processor {
 
  private:
   // Java reads and writes file names in the encoding of the locale.
-  std::vector<std::pair<std::string, std::string>> environment() const override { return {{"LC_ALL", "C.UTF-8"}}; }
+  Environment environment() const override { return {{"LC_ALL", "C.UTF-8"}}; }
 
   std::string java_;
   std::string jar_;
@@ -208,15 +207,15 @@ Processor::Processor(std::string name, const ProcessorOptions& options)
   fs::create_directory(linkFolder());
 }
 
-File Processor::run(const std::string& query, const Source& document) {
+void Processor::run(const std::string& query, const Source& document, const OutputReader& read) {
   Place input = place(document, false);
   bool loadsDtd = canLoadDtd(document, input);
   if (!loadsDtd) warnOfDtd(document);
-  return runTask({folder_.write("query.xq", query), input.path, "", document.size, loadsDtd}, document.name);
+  runTask({folder_.write("query.xq", query), input.path, "", document.size, loadsDtd}, document.name, read);
 }
 
-File Processor::runCollection(const std::string& query, const std::string& variable,
-                              const std::vector<Source>& documents) {
+void Processor::runCollection(const std::string& query, const std::string& variable,
+                              const std::vector<Source>& documents, const OutputReader& read) {
   std::vector<std::string> paths;
   std::uintmax_t bytes = 0;
   bool loadsDtd = true;
@@ -227,8 +226,8 @@ File Processor::runCollection(const std::string& query, const std::string& varia
     paths.push_back(input.path);
   }
   if (!loadsDtd) std::for_each(documents.begin(), documents.end(), [&](const Source& one) { warnOfDtd(one); });
-  return runTask({folder_.write("query.xq", query), collectionOf(paths), variable, bytes, loadsDtd},
-                 documents.size() == 1 ? documents[0].name : "the collection");
+  runTask({folder_.write("query.xq", query), collectionOf(paths), variable, bytes, loadsDtd},
+          documents.size() == 1 ? documents[0].name : "the collection", read);
 }
 
 Processor::Place Processor::place(const Source& document, bool inCollection) {
@@ -256,15 +255,11 @@ void Processor::warnOfDtd(const Source& document) const {
   }
 }
 
-File Processor::runTask(const Task& task, const std::string& documentName) const {
-  File answer = makeSpool();
-  ProcessEnd end = runProcess(command(task), environment(), answer.get());
-  if (!end.succeeded) {
-    throw Failure("the XQuery processor " + name_ + " failed on " + documentName + " (" + end.how + ")",
-                  explanation(end.error));
-  }
-  readFrom(answer.get(), 0);
-  return answer;
+void Processor::runTask(const Task& task, const std::string& documentName, const OutputReader& read) const {
+  ProcessEnd end = runProcess(command(task), environment(), read);
+  if (end.succeeded) return;
+  throw Failure("the XQuery processor " + name_ + " failed on " + documentName + " (" + end.how + ")",
+                explanation(end.error));
 }
 
 std::unique_ptr<Processor> chooseProcessor(const ProcessorOptions& options) {

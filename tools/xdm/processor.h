@@ -10,6 +10,7 @@
 
 #include "files.h"
 #include "options.h"
+#include "process.h"
 #include "sources.h"
 
 /** One processor, with a folder of its own for what it reads and leaves. */
@@ -19,11 +20,13 @@ class Processor {
   Processor(const Processor&) = delete;
   Processor& operator=(const Processor&) = delete;
 
-  /** Runs `query` over one document. Gives the answer, at its start. Throws Failure. */
-  File run(const std::string& query, const Source& document);
+  /** Runs `query` over one document; `read` gets the answer while it is written. Throws Failure when the processor
+   * fails, maybe after it has answered, and what `read` throws. */
+  void run(const std::string& query, const Source& document, const OutputReader& read);
 
-  /** Runs `query` over all `documents` as the collection that `variable` names. */
-  File runCollection(const std::string& query, const std::string& variable, const std::vector<Source>& documents);
+  /** Runs `query` over all `documents` as the collection that `variable` names; likewise. */
+  void runCollection(const std::string& query, const std::string& variable, const std::vector<Source>& documents,
+                     const OutputReader& read);
 
   const std::string& name() const { return name_; }
 
@@ -44,7 +47,7 @@ class Processor {
   std::string linkFolder() const { return folder_.file("inputs"); }
 
   virtual std::vector<std::string> command(const Task& task) const = 0;
-  virtual std::vector<std::pair<std::string, std::string>> environment() const { return {}; }
+  virtual Environment environment() const { return {}; }
   /** Whether the processor reads a document, or one of a collection, at `path`, whatever it is called. */
   virtual bool reads(const std::string& path, bool inCollection) const = 0;
   /** Makes a collection of the documents at `paths`, in their order; gives the value for its variable. */
@@ -63,7 +66,7 @@ class Processor {
   Place place(const Source& document, bool inCollection);
   bool canLoadDtd(const Source& document, const Place& place) const;
   void warnOfDtd(const Source& document) const;
-  File runTask(const Task& task, const std::string& documentName) const;
+  void runTask(const Task& task, const std::string& documentName, const OutputReader& read) const;
 
   std::string name_;
   bool mayLoadDtd_;

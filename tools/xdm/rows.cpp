@@ -12,12 +12,15 @@
 
 namespace {
 
-void print(RowsPrinter& printer, std::FILE* answer, const std::string& processor, const std::string& document) {
-  try {
-    printer.add(answer);
-  } catch (const Failure& problem) {
-    throw Failure("the XQuery processor " + processor + " gave no table of the rows of " + document, problem.what());
-  }
+/** Adds the answer of `processor` about `document` to what is printed. */
+OutputReader answerPrinter(RowsPrinter& printer, const std::string& processor, const std::string& document) {
+  return [&printer, processor, document](std::FILE* answer) {
+    try {
+      printer.add(answer);
+    } catch (const Failure& problem) {
+      throw Failure("the XQuery processor " + processor + " gave no table of the rows of " + document, problem.what());
+    }
+  };
 }
 
 }  // namespace
@@ -31,8 +34,8 @@ void printRows(const Options& options, Output& output) {
   if (options.model.collection) {
     std::string variable = toStd(main->getCollectionVariableName());
     tellProgress("running " + processor->name() + " on the collection");
-    File answer = processor->runCollection(query, variable, openCollection(options.documents, folder));
-    print(*printer, answer.get(), processor->name(), "the collection");
+    processor->runCollection(query, variable, openCollection(options.documents, folder),
+                             answerPrinter(*printer, processor->name(), "the collection"));
   } else {
     std::vector<Source> documents;
     for (const std::string& name : options.documents) documents.push_back(openSource(name, folder));
@@ -40,8 +43,7 @@ void printRows(const Options& options, Output& output) {
       const Source& document = documents[i];
       tellProgress("running " + processor->name() + " on " + document.name + " (" + std::to_string(i + 1) + " of " +
                    std::to_string(documents.size()) + ")");
-      File answer = processor->run(query, document);
-      print(*printer, answer.get(), processor->name(), document.name);
+      processor->run(query, document, answerPrinter(*printer, processor->name(), document.name));
     }
   }
   printer->finish();

@@ -1,5 +1,6 @@
 #include "rows_format.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "csv.h"
@@ -15,7 +16,9 @@ class CheckedPrinter : public RowsPrinter, private XmlRowSink {
   void finish() override {}
 
  protected:
-  explicit CheckedPrinter(std::vector<std::string> columns) : columns_(std::move(columns)) {}
+  explicit CheckedPrinter(std::vector<std::string> columns) : columns_(std::move(columns)) {
+    for (const std::string& column : columns_) localNames_.emplace_back(localName(column));
+  }
 
   const std::vector<std::string>& columns() const { return columns_; }
   TableExtent read(std::FILE* answer) { return readXmlRows(answer, *this); }
@@ -28,13 +31,14 @@ class CheckedPrinter : public RowsPrinter, private XmlRowSink {
                     std::to_string(columns_.size()));
     }
     for (std::size_t i = 0; i < row.size(); ++i) {
-      if (row[i].first == localName(columns_[i])) continue;
+      if (row[i].first == localNames_[i]) continue;
       throw Failure("a row with the column '" + row[i].first + "' in the place of '" + columns_[i] + "'");
     }
     print(row);
   }
 
   std::vector<std::string> columns_;
+  std::vector<std::string> localNames_;
 };
 
 class CsvPrinter : public CheckedPrinter {
@@ -47,21 +51,33 @@ class CsvPrinter : public CheckedPrinter {
 
  private:
   void print(const XmlRow& row) override {
-    std::vector<std::string> values;
-    for (const auto& [name, value] : row) values.push_back(value);
-    output_.write(csvLine(values));
+    for (const auto& [name, value] : row) line_.add(value);
+    output_.write(line_.finish());
   }
 
   Output& output_;
+  CsvLine line_;
 };
 
 std::string jsonText(const std::string& text) {
   return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
+bool isEscapedInJson(char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20; }
+
+// Most values are plain, and stand as they are: the parser has made sure of UTF-8.
+void appendJsonText(std::string& to, const std::string& value) {
+  if (std::any_of(value.begin(), value.end(), isEscapedInJson)) {
+    to += jsonText(value);
+  } else {
+    to.append(1, '"').append(value).append(1, '"');
+  }
+}
+
 class JsonPrinter : public CheckedPrinter {
  public:
   JsonPrinter(std::vector<std::string> columns, Output& output) : CheckedPrinter(std::move(columns)), output_(output) {
+    for (const std::string& column : this->columns()) keys_.push_back(jsonText(column) + ": ");
     output_.write("[");
   }
 
@@ -70,15 +86,20 @@ class JsonPrinter : public CheckedPrinter {
 
  private:
   void print(const XmlRow& row) override {
-    std::string object;
+    object_ = isFirst_ ? "\n{" : ",\n{";
     for (std::size_t i = 0; i < row.size(); ++i) {
-      object += (i == 0 ? "" : ", ") + jsonText(columns()[i]) + ": " + jsonText(row[i].second);
+      if (i > 0) object_ += ", ";
+      object_ += keys_[i];
+      appendJsonText(object_, row[i].second);
     }
-    output_.write((isFirst_ ? "\n{" : ",\n{") + object + "}");
+    object_ += '}';
+    output_.write(object_);
     isFirst_ = false;
   }
 
   Output& output_;
+  std::vector<std::string> keys_;
+  std::string object_;
   bool isFirst_ = true;
 };
 
@@ -88,24 +109,27 @@ class XmlPrinter : public CheckedPrinter {
   XmlPrinter(std::vector<std::string> columns, Output& output) : CheckedPrinter(std::move(columns)), output_(output) {}
 
   void add(std::FILE* answer) override {
+    copy_ = makeSpool();
     TableExtent extent = read(answer);
-    readFrom(answer, 0);
+    readFrom(copy_.get(), 0);
     if (extent.isEmptyTag) {
-      if (!isOpen_) end_ = readText(answer, UINTMAX_MAX);
+      if (!isOpen_) end_ = readText(copy_.get(), UINTMAX_MAX);
       return;
     }
-    if (!isOpen_) output_.copy(answer, extent.begin);
-    readFrom(answer, extent.begin);
-    output_.copy(answer, extent.end - extent.begin);
-    if (!isOpen_) end_ = readText(answer, UINTMAX_MAX);
+    if (!isOpen_) output_.copy(copy_.get(), extent.begin);
+    readFrom(copy_.get(), extent.begin);
+    output_.copy(copy_.get(), extent.end - extent.begin);
+    if (!isOpen_) end_ = readText(copy_.get(), UINTMAX_MAX);
     isOpen_ = true;
   }
   void finish() override { output_.write(end_); }
 
  private:
+  void onBytes(std::string_view bytes) override { writeTo(copy_.get(), bytes); }
   void print(const XmlRow&) override {}
 
   Output& output_;
+  File copy_;  // of the answer at hand
   bool isOpen_ = false;
   std::string end_;  // what is still to be written
 };

@@ -13,7 +13,7 @@
 class RowsPrinter {
  public:
   virtual ~RowsPrinter() = default;
-  /** Adds the rows of `answer`, which stands at its start. Throws Failure when it is no table of the columns. */
+  /** Adds the rows of `answer`, which is read once. Throws Failure when it is no table of the columns. */
   virtual void add(std::FILE* answer) = 0;
   virtual void finish() = 0;
 };

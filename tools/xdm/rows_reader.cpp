@@ -1,7 +1,5 @@
 #include "rows_reader.h"
 
-#include <string_view>
-
 #include "diagnostics.h"
 #include "xml_reader.h"
 
@@ -15,6 +13,8 @@ class RowsReader : public XmlReader {
  private:
   enum Level { outside, inTable, inRow, inColumn };
 
+  void onBytes(std::string_view bytes) override { sink_.onBytes(bytes); }
+
   void onStart(const XmlName& name) override {
     switch (level_++) {
       case outside:
@@ -25,11 +25,18 @@ class RowsReader : public XmlReader {
         require(name.local, "row");
         break;
       case inRow:
-        row_.emplace_back(name.local, "");
+        startColumn(name.local);
         break;
       default:
-        throw Failure(where() + "an element inside column " + row_.back().first);
+        throw Failure(where() + "an element inside column " + row_[columns_ - 1].first);
     }
+  }
+
+  // The row before has left its texts, whose memory serves again.
+  void startColumn(std::string_view name) {
+    if (columns_ == row_.size()) row_.emplace_back();
+    row_[columns_].first = name;
+    row_[columns_++].second.clear();
   }
 
   void onEnd() override {
@@ -39,8 +46,9 @@ class RowsReader : public XmlReader {
         extent.isEmptyTag = eventStart() == eventEnd();
         break;
       case inTable:
+        row_.resize(columns_);
         sink_.onRow(row_);
-        row_.clear();
+        columns_ = 0;
         break;
       default:
         break;
@@ -48,7 +56,7 @@ class RowsReader : public XmlReader {
   }
 
   void onText(std::string_view text) override {
-    if (level_ == inColumn) row_.back().second += text;
+    if (level_ == inColumn) row_[columns_ - 1].second += text;
   }
 
   void require(std::string_view name, const std::string& expected) {
@@ -59,6 +67,7 @@ class RowsReader : public XmlReader {
 
   XmlRowSink& sink_;
   int level_ = outside;
+  std::size_t columns_ = 0;  // how many of the row at hand have begun
   XmlRow row_;
 };
 

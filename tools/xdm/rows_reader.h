@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -16,6 +17,8 @@ class XmlRowSink {
  public:
   virtual ~XmlRowSink() = default;
   virtual void onRow(const XmlRow& row) = 0;
+  /** The bytes that are read next; the rows that end in them follow. */
+  virtual void onBytes(std::string_view) {}
 };
 
 /** Where in a file the content of the `table` lies, in bytes from its start. */

@@ -64,6 +64,7 @@ bool XmlReader::read(std::FILE* file) {
   std::string_view piece;
   do {
     piece = readPiece(file, buffer);
+    onBytes(piece);
     if (!feed(piece, piece.empty())) return stopped_;
   } while (!piece.empty());
   return true;

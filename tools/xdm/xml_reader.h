@@ -42,6 +42,8 @@ class XmlReader {
   enum class Kind { prolog, document };
   explicit XmlReader(Kind kind);
 
+  /** The bytes that are read next; their events follow. */
+  virtual void onBytes(std::string_view) {}
   virtual void onStart(const XmlName&) {}
   virtual void onEnd() {}
   virtual void onText(std::string_view) {}
