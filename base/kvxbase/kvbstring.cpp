@@ -127,6 +127,7 @@ KvbString::KvbString(const KvbString& other) noexcept : text_(other.text_) {
 }
 
 KvbString& KvbString::operator=(const KvbString& other) noexcept {
+  if (text_ == other.text_) return *this;
   if (other.text_) other.text_->retain();
   if (text_) releaseText();
   text_ = other.text_;

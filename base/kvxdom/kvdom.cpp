@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <new>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -83,8 +84,9 @@ KvbString KvDomNode::getName() const noexcept { return element_ ? element_->name
 
 KvbString KvDomNode::getAttributeValue(const KvbString& name) const noexcept {
   if (!element_) return KvbString();
+  const std::string_view wanted = kvdomView(name);
   const KvDomAttribute* attribute = element_->firstAttribute;
-  while (attribute && attribute->name.compare(name, true) != 0) attribute = attribute->next;
+  while (attribute && kvdomView(attribute->name) != wanted) attribute = attribute->next;
   return attribute ? attribute->value : KvbString();
 }
 

@@ -50,12 +50,9 @@ class Utf8Encoder {
   char* encode(const XMLCh* units, std::size_t count, char* out) {
     const XMLCh* end = units + count;
     while (units != end) {
-      if (isAsciiStride(units, end)) {
-        out = std::copy_n(units, stride, out);
-        units += stride;
-      } else {
-        out = encodeUnit(*units++, out);
-      }
+      for (; isAsciiStride(units, end); units += stride) out = std::copy_n(units, stride, out);
+      while (units != end && *units < 0x80) *out++ = static_cast<char>(*units++);
+      if (units != end) out = encodeUnit(*units++, out);
     }
     return out;
   }
@@ -70,10 +67,9 @@ class Utf8Encoder {
     return all < 0x80;
   }
 
+  /** REQUIRES: a unit beyond ASCII. */
   char* encodeUnit(XMLCh unit, char* out) {
-    if (unit < 0x80) {
-      *out++ = static_cast<char>(unit);
-    } else if (unit < 0x800) {
+    if (unit < 0x800) {
       *out++ = static_cast<char>(0xC0 | unit >> 6);
       out = putContinuation(unit, out);
     } else if (unit < 0xD800 || unit > 0xDFFF) {

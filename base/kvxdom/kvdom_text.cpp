@@ -3,6 +3,7 @@
 #include <kvxdom/kvdom_text.h>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -46,13 +47,20 @@ std::size_t allowedLength(std::string_view text) {
   return isAllowed(character) && !isOverlong(character, length) ? length : 0;
 }
 
-bool isNameStart(unsigned char byte) {
+constexpr bool isNameStart(unsigned char byte) {
   return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || byte == ':' || byte >= 0x80;
 }
 
-bool isNameByte(unsigned char byte) {
-  return isNameStart(byte) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
-}
+constexpr auto nameBytes = [] {
+  std::array<bool, 256> table{};
+  for (unsigned byte = 0; byte < table.size(); ++byte) {
+    table[byte] =
+        isNameStart(static_cast<unsigned char>(byte)) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
+  }
+  return table;
+}();
+
+bool isNameByte(unsigned char byte) { return nameBytes[byte]; }
 
 }  // namespace
 

@@ -61,6 +61,11 @@ class Output {
     copyIn(bytes);
   }
 
+  void put(char byte) {
+    if (used_ == sizeof buffer_) flush();
+    buffer_[used_++] = byte;
+  }
+
   void putEscaped(std::string_view text, Place place) {
     std::size_t plain = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -148,21 +153,21 @@ class Writer {
       startLine();
       output_.put("</");
       output_.put(kvdomView(element.name));
-      output_.put(">");
+      output_.put('>');
     }
     if (asItIs_ == &element) asItIs_ = nullptr;
     endLine();
   }
 
   void startTag(const KvDomElement& element) {
-    output_.put("<");
+    output_.put('<');
     output_.put(kvdomView(element.name));
     for (const KvDomAttribute* attribute = element.firstAttribute; attribute; attribute = attribute->next) {
-      output_.put(" ");
+      output_.put(' ');
       output_.put(kvdomView(attribute->name));
       output_.put("=\"");
       output_.putEscaped(kvdomView(attribute->value), Place::attribute);
-      output_.put("\"");
+      output_.put('"');
     }
     output_.put(isEmpty(element) ? "/>" : ">");
   }
@@ -174,7 +179,8 @@ class Writer {
 
   /** Whether text between the tags of `element` counts: any in a leaf, otherwise more than blanks. */
   bool holdsText(const KvDomElement& element) const {
-    if (!element.firstChild) return element.textBegin != element.textEnd;
+    if (element.textBegin == element.textEnd) return false;
+    if (!element.firstChild) return true;
     std::uint32_t begin = element.textBegin;
     for (const KvDomElement* child = element.firstChild; child; child = child->nextSibling) {
       if (!isBlank(tree_.text(begin, child->textBegin))) return true;
@@ -191,7 +197,7 @@ class Writer {
   }
 
   void endLine() {
-    if (indents()) output_.put("\n");
+    if (indents()) output_.put('\n');
   }
 
   static constexpr std::size_t deepestIndentation = 100;
