@@ -55,7 +55,7 @@ class XDMAttrImpl final : public XDMAttribute {
   bool setXPath(const KvbString& xpath);
 
   int getSelectedXPaths() const noexcept { return selectedXPaths_.getCount(); }
-  KvbString getSelectedXPath(int index) const noexcept { return selectedXPaths_.get(index); }
+  std::string_view getSelectedXPath(int index) const noexcept { return selectedXPaths_.get(index); }
 
   /**
    * Records `step` and flags the proper ancestors of the owning element as having a selected child. The owning element

@@ -2,12 +2,20 @@
 // Tested by tests/unit/kvxdmcol_test.cpp.
 #include "kvxdmcol.h"
 
+#include "kvxdmattr.h"
+#include "kvxdmelem.h"
 #include "kvxdmmain.h"
 #include "kvxdmtext.h"
 
 namespace {
 
 constexpr kvbType characterString = 4;
+
+/** The record of the library's own node. */
+const XDMColumnInfo& infoOf(XDMNode* node) noexcept {
+  return node->nodeType() == 0 ? static_cast<XDMAttrImpl*>(node)->columnInfo()
+                               : static_cast<XDMElemImpl*>(node)->columnInfo();
+}
 
 KvbString firstNotEmpty(const KvbString& own, const KvbString& ofNode) noexcept { return isEmpty(own) ? ofNode : own; }
 
@@ -50,7 +58,11 @@ int XDMColumnImpl::getValidValues() {
   return own != 0 ? own : node_->getValidValues();
 }
 
-KvbString XDMColumnImpl::getXPath() { return firstNotEmpty(columnInfo_.getXPath(), node_->getXPath()); }
+KvbString XDMColumnImpl::getXPath() { return xpath(); }
+
+const KvbString& XDMColumnImpl::xpath() const noexcept {
+  return isEmpty(columnInfo_.getXPath()) ? infoOf(node_).getXPath() : columnInfo_.getXPath();
+}
 
 bool XDMColumnImpl::addValidValue(const KvbString& value, KvbString* error) {
   // The node's values would no longer show through once the column has one of its own.

@@ -38,6 +38,11 @@ class XDMColumnImpl final : public XDMColumn {
   void setType(kvbType type) override;
   bool setXPath(const KvbString& xpath, KvbString* error) override;
 
+  // What the getters of the same names return, without a copy
+  const KvbString& name() const noexcept { return name_; }
+  XDMNode* node() const noexcept { return node_; }
+  const KvbString& xpath() const noexcept;
+
   /** Takes the column out of its main object. */
   virtual ~XDMColumnImpl();
 

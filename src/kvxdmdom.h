@@ -21,6 +21,7 @@ struct DomNames {
   // values
   const KvbString supportedVersion{"1.0", true};
   const KvbString yes{"true", true};
+  const KvbString once{"1", true};
   // how messages call a declaration without prefix
   const KvbString defaultNamespace{"default namespace", true};
 };

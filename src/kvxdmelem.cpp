@@ -23,25 +23,26 @@ void append(KvbString* text, std::string_view more, bool* failed) noexcept {
   text->append(more.data(), static_cast<unsigned>(more.size()), failed);
 }
 
-/** The absolute XPath of `node`, below its parent's. `prefix` counts when the node has no namespace with a prefix. */
-KvbString buildXPath(XDMMainImpl* main, XDMNode* node, const KvbString& prefix) noexcept {
+/**
+ * The absolute XPath of a node below `parent`, which is null for the root. Put together elsewhere and copied, it takes
+ * no more memory than it needs. Null on failure, with the message set.
+ */
+KvbString buildXPath(XDMMainImpl* main, const XDMElemImpl* parent, const char* separator, std::string_view prefix,
+                     const KvbString& localName) noexcept {
+  KvbString& draft = main->xpathDraft();
+  bool failed = parent && !parent->hasXPath();
+  draft.truncate(0);
+  if (parent) draft.append(parent->columnInfo().getXPath(), &failed);
+  draft.append(separator, &failed);
+  if (!prefix.empty()) {
+    append(&draft, prefix, &failed);
+    draft.append(":", &failed);
+  }
+  draft.append(localName, &failed);
   KvbString xpath;
-  bool failed = false;
-  if (XDMElement* parent = node->getParent()) {
-    xpath = parent->getXPath();
-    failed = isEmpty(xpath);
-  }
-  append(&xpath, node->nodeType() == 0 ? "/@" : "/", &failed);
-  const std::string_view nsPrefix = prefixOf(node->getNamespace());
-  const std::string_view usedPrefix = nsPrefix.empty() ? view(prefix) : nsPrefix;
-  if (!usedPrefix.empty()) {
-    append(&xpath, usedPrefix, &failed);
-    append(&xpath, ":", &failed);
-  }
-  xpath.append(node->getLocalName(), &failed);
-  if (!failed && main->holdXPath(view(xpath).size())) return xpath;
-  main->setErrorMessage(message(unit, __LINE__, 29, "(XPath)"));
-  return KvbString();
+  if (!failed && main->holdXPath(view(draft).size())) xpath = tryToString(view(draft));
+  if (isEmpty(xpath)) main->setErrorMessage(message(unit, __LINE__, 29, "(XPath)"));
+  return xpath;
 }
 
 /** Appends `item` and links it behind the item that was last. */
@@ -66,6 +67,14 @@ void bringUpToDate(NodeIndex<Node>* index, const XDMList& list, int* indexed) no
   }
 }
 
+/** The text of an element's count. Nearly all may occur once, and that text is there already. */
+KvbString occursText(int count) {
+  if (count == 1) return domNames().once;
+  KvbString text;
+  text.assign(count);
+  return text;
+}
+
 template <class Item>
 void deleteItems(const XDMList& list) noexcept {
   for (int i = 0; i < list.getCount(); ++i) delete static_cast<Item*>(list.getItem(i));
@@ -79,7 +88,7 @@ XDMElemImpl::XDMElemImpl(XDMMainImpl* main, XDMElemImpl* parent, const KvbString
   columnInfo_.setXDM(main);
   columnInfo_.setLocalName(localName);
   columnInfo_.setType(characterString);
-  setXPath(buildXPath(main, this, prefix));
+  setXPath(buildXPath(main, parent, "/", view(prefix), localName));
 }
 
 XDMElemImpl::~XDMElemImpl() {
@@ -217,8 +226,7 @@ void XDMElemImpl::indexChildren() noexcept {
 
 /** The newest child stands right behind the visited prefix, so before every other child that is not part of it. */
 void XDMElemImpl::indexNewest() noexcept {
-  const XDMElemImpl* namesake = childIndex_.find(newest_->key());
-  if (!namesake || !namesake->inVisitedPrefix_) childIndex_.addFirst(newest_);
+  childIndex_.addUnless(newest_, [](const XDMElemImpl* namesake) { return namesake->inVisitedPrefix_; });
 }
 
 NodeKey XDMElemImpl::key() const noexcept {
@@ -232,6 +240,8 @@ XDMElemImpl* XDMElemImpl::findChild(const KvbString& name, bool* failed) noexcep
 
 XDMElemImpl* XDMElemImpl::walkToQualifiedName(const KvbString& name, bool* failed) const noexcept {
   for (XDMElemImpl* child = firstChild(); child; child = child->next_) {
+    // Spares making the qualified names of all the others.
+    if (!view(name).ends_with(view(child->columnInfo_.getLocalName()))) continue;
     const bool matches = child->qualifiedName(failed).compare(name, true) == 0;
     if (*failed) return nullptr;
     if (matches) return child;
@@ -277,7 +287,7 @@ XDMAttrImpl* XDMElemImpl::createAttribute(XDMNamespace* ns, const KvbString& loc
   std::unique_ptr<XDMAttrImpl> attribute(new (std::nothrow) XDMAttrImpl(this, localName));
   if (!attribute) return fail("createAttribute() failed to instantiate a new attribute");
   attribute->columnInfo_.setNamespace(ns);
-  const KvbString xpath = buildXPath(main_, attribute.get(), KvbString());
+  const KvbString xpath = buildXPath(main_, this, "/@", prefixOf(ns), localName);
   if (isEmpty(xpath)) return nullptr;
   attribute->setXPath(xpath);
   if (!appendLinked(&attributes_, attribute.get(), &XDMAttrImpl::next_)) {
@@ -396,9 +406,7 @@ bool XDMElemImpl::toDOM(KvDomNode& parent) {
   KvDomNode node = columnInfo_.toDOM(parent, names.element);
   if (node.null()) return false;
   const char* localName = columnInfo_.getLocalName().asCstr();
-  KvbString occurs;
-  occurs.assign(maxOccurrences_);
-  if (!node.setAttributeValue(names.occurs, occurs)) {
+  if (!node.setAttributeValue(names.occurs, occursText(maxOccurrences_))) {
     main_->setErrorMessage(kvbStringFormat("Unable to include 'occurs' attribute value for element '%s'.", localName));
     return false;
   }
@@ -430,17 +438,16 @@ bool XDMElemImpl::fromDOM(XDMMainImpl* main, XDMElemImpl* parent, KvDomNode& nod
   if (!element || !element->hasXPath()) return false;
   // The next sibling goes behind this one.
   element->setBeenHere();
-  return element->read(node);
+  return element->read(node, prefix);
 }
 
-bool XDMElemImpl::read(KvDomNode& node) {
+bool XDMElemImpl::read(KvDomNode& node, const KvbString& prefix) {
   const DomNames& names = domNames();
   if (!columnInfo_.fromDOM(node)) return false;
   if (node.getAttributeValue(names.decides).compare(names.yes, true) == 0) setDecidesRow(true);
   if (!readOccurs(node.getAttributeValue(names.occurs))) return false;
   KvDomNode firstOther;
   if (!readNamespaces(node, &firstOther)) return false;
-  const KvbString prefix = node.getAttributeValue(names.prefix);
   if (!prefix.isNull()) {
     if (XDMNSImpl* ns = lookupNamespace(prefix)) setNamespace(ns);
   }

@@ -114,7 +114,7 @@ class XDMElemImpl final : public XDMElement {
   bool hasSelectedChild() const noexcept { return selectedChild_; }
   void setSelectedChild() noexcept { selectedChild_ = true; }
   int getSelectedXPaths() const noexcept { return selectedXPaths_.getCount(); }
-  KvbString getSelectedXPath(int index) const noexcept { return selectedXPaths_.get(index); }
+  std::string_view getSelectedXPath(int index) const noexcept { return selectedXPaths_.get(index); }
 
   /** Records `step`, marks this element as visited and flags its ancestors as having a selected child. False with the
    * main object's error message set. */
@@ -160,38 +160,40 @@ class XDMElemImpl final : public XDMElement {
   XDMAttrImpl* lookupAttribute(const NodeKey& key) noexcept;
   XDMNSImpl* ownNamespace(const KvbString& prefix) noexcept;
 
-  bool read(KvDomNode& node);
+  bool read(KvDomNode& node, const KvbString& prefix);
   bool readOccurs(const KvbString& occurs);
   bool readNamespaces(KvDomNode& node, KvDomNode* firstOther);
   bool readChildren(KvDomNode child);
 
   std::nullptr_t fail(const char* text) noexcept;
 
+  // What marking and writing queries look at lies together, so that less of each node comes from memory.
   XDMMainImpl* main_;
   XDMElemImpl* parent_;
-  const int depth_;
-  int maxOccurrences_ = 1;
-  XDMColumnInfo columnInfo_;
-  XDMList namespaces_;
-  XDMList attributes_;
-  XDMList children_;
+  XDMElemImpl* next_ = nullptr;
   bool decidesRow_ = false;
   bool beenHere_ = false;
   bool selectedChild_ = false;
-  int decidingRowDistance_ = 0;
+  bool inVisitedPrefix_ = false;  // this element stands among the first visitedPrefix_ children of its parent
+  unsigned declaredInPass_ = 0;
   SelectedSteps selectedXPaths_;
+  XDMList namespaces_;
+  XDMList attributes_;
+  XDMList children_;
+  XDMColumnInfo columnInfo_;
+  const int depth_;
+  int maxOccurrences_ = 1;
+  int decidingRowDistance_ = 0;
 
-  // What keeps the operations above linear; none of it changes a result.
-  XDMElemImpl* next_ = nullptr;
-  bool inVisitedPrefix_ = false;   // this element stands among the first visitedPrefix_ children of its parent
+  // What keeps the operations above linear; none of it changes a result. So do next_, inVisitedPrefix_ and
+  // declaredInPass_.
   int visitedPrefix_ = 0;          // so many children from the front are known to have been visited
   int indexedAttributes_ = 0;      // so many attributes from the front are in the index
+  int indexedNamespaces_ = 0;      // so many declarations from the front are in the index
+  unsigned noRowBelow_ = 0;        // the row-mark version for which the distance 0 holds
   XDMElemImpl* newest_ = nullptr;  // not in the index yet, since its namespace is still to be set
   NodeIndex<XDMElemImpl> childIndex_;
   NodeIndex<XDMAttrImpl> attributeIndex_;
-  unsigned noRowBelow_ = 0;  // the row-mark version for which the distance 0 holds
-  unsigned declaredInPass_ = 0;
-  int indexedNamespaces_ = 0;  // so many declarations from the front are in the index
   NodeIndex<XDMNSImpl> namespaceIndex_;
 };
 

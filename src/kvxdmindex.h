@@ -7,8 +7,9 @@
 #include <functional>
 #include <memory>
 #include <new>
+#include <span>
 #include <string_view>
-#include <unordered_set>
+#include <utility>
 
 /** What tells siblings apart: the local name and a qualifier (a child's prefix, an attribute's URI). */
 struct NodeKey {
@@ -17,6 +18,11 @@ struct NodeKey {
   bool qualified = false;
 
   bool operator==(const NodeKey&) const = default;
+
+  std::size_t hash() const noexcept {
+    const std::hash<std::string_view> hashOf;
+    return qualifier.empty() ? hashOf(localName) : hashOf(localName) * 31 + hashOf(qualifier);
+  }
 };
 
 /**
@@ -24,67 +30,85 @@ struct NodeKey {
  *
  * It exists only for lists of more than `threshold` nodes and only while there is memory for it; without it the owner
  * walks the list. A node whose key changes while it is indexed makes the owner drop the index.
+ *
+ * It is a hash table with open addressing that keeps the hashes: a search looks at one place of the table and at the
+ * one node that it finds, and both looks wait for memory when there are many nodes.
  */
 template <class Node>
 class NodeIndex {
  public:
   static constexpr int threshold = 16;
 
-  bool exists() const noexcept { return nodes_ != nullptr; }
+  bool exists() const noexcept { return table_ != nullptr; }
 
   /** Makes room for an index; false when there is no memory for it. */
   bool create() noexcept {
-    nodes_.reset(new (std::nothrow) Nodes);
+    table_.reset(new (std::nothrow) Table);
+    if (exists() && !table_->resize(4 * threshold)) drop();
     return exists();
   }
 
-  void drop() noexcept { nodes_.reset(); }
+  void drop() noexcept { table_.reset(); }
 
   /** The first node with `key`, or null. REQUIRES: exists(). */
-  Node* find(const NodeKey& key) const noexcept {
-    auto found = nodes_->find(key);
-    return found == nodes_->end() ? nullptr : *found;
-  }
+  Node* find(const NodeKey& key) const noexcept { return table_->slotOf(key, key.hash())->node; }
 
-  /** Adds `node`, which stands before every indexed node of the same key. Without memory the index is dropped. */
-  void addFirst(Node* node) noexcept {
-    nodes_->erase(node);
-    insert(node);
+  /** Adds `node`, unless a node of the same key is indexed for which `stays` holds. Without memory the index is
+   * dropped. */
+  template <class Stays>
+  void addUnless(Node* node, Stays stays) noexcept {
+    if (2 * table_->used == table_->size && !table_->resize(2 * table_->size)) return drop();
+    const NodeKey key = node->key();
+    const std::size_t hash = key.hash();
+    Slot* slot = table_->slotOf(key, hash);
+    if (!slot->node) ++table_->used;
+    if (!slot->node || !stays(slot->node)) *slot = {hash, node};
   }
 
   /** Adds `node`, which stands behind every indexed node of the same key. Without memory the index is dropped. */
-  void addLast(Node* node) noexcept { insert(node); }
-
- private:
-  struct Hash {
-    using is_transparent = void;
-    std::size_t operator()(const NodeKey& key) const noexcept {
-      const std::hash<std::string_view> hash;
-      return hash(key.localName) * 31 + hash(key.qualifier);
-    }
-    std::size_t operator()(Node* node) const noexcept { return (*this)(node->key()); }
-  };
-  struct Equal {
-    using is_transparent = void;
-    static const NodeKey& keyOf(const NodeKey& key) noexcept { return key; }
-    static NodeKey keyOf(Node* node) noexcept { return node->key(); }
-    template <class Left, class Right>
-    bool operator()(const Left& left, const Right& right) const noexcept {
-      return keyOf(left) == keyOf(right);
-    }
-  };
-  using Nodes = std::unordered_set<Node*, Hash, Equal>;
-
-  // The index only saves time, so exhausted memory costs the index and nothing else.
-  void insert(Node* node) noexcept {
-    try {
-      nodes_->insert(node);
-    } catch (const std::bad_alloc&) {
-      drop();
-    }
+  void addLast(Node* node) noexcept {
+    addUnless(node, [](Node*) { return true; });
   }
 
-  std::unique_ptr<Nodes> nodes_;
+ private:
+  struct Slot {
+    std::size_t hash = 0;
+    Node* node = nullptr;
+  };
+
+  struct Table {
+    std::unique_ptr<Slot[]> slots;
+    std::size_t size = 0;  // a power of two
+    std::size_t used = 0;  // half of the slots at most
+
+    /** The slot of the node with `key`, or the empty one where it belongs. */
+    Slot* slotOf(const NodeKey& key, std::size_t hash) const noexcept {
+      return probe(hash, [&](const Slot& slot) { return slot.hash == hash && slot.node->key() == key; });
+    }
+
+    /** The first slot for `hash` that `matches`, or the empty one behind them. */
+    template <class Matches>
+    Slot* probe(std::size_t hash, Matches matches) const noexcept {
+      const std::size_t mask = size - 1;
+      std::size_t at = hash & mask;
+      while (slots[at].node && !matches(slots[at])) at = (at + 1) & mask;
+      return &slots[at];
+    }
+
+    /** Moves what is indexed to other slots; false, with nothing changed, when there is no memory for them. */
+    bool resize(std::size_t newSize) noexcept {
+      std::unique_ptr<Slot[]> old(new (std::nothrow) Slot[newSize]);
+      if (!old) return false;
+      old.swap(slots);
+      const std::size_t oldSize = std::exchange(size, newSize);
+      for (const Slot& slot : std::span(old.get(), oldSize)) {
+        if (slot.node) *probe(slot.hash, [](const Slot&) { return false; }) = slot;
+      }
+      return true;
+    }
+  };
+
+  std::unique_ptr<Table> table_;
 };
 
 #endif

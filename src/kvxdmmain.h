@@ -6,11 +6,17 @@
 #include <cstddef>
 #include <map>
 #include <new>
+#include <string>
+#include <string_view>
 
 #include <kvxdm/kvxdm.h>
 #include <kvxdom/kvdom.h>
 #include <kvxlog/kvlogger.h>
 
+#include "kvxdmxqy_columns.h"
+
+class LastSteps;
+class QueryText;
 class XDMColumnImpl;
 class XDMElemImpl;
 class XDMNSImpl;
@@ -59,6 +65,8 @@ class XDMMainImpl final : public XDMMain {
   XDMElemImpl* decidingElement() const noexcept { return decidingElement_; }
   /** Counts the XPath of a new node. False when the model's XPaths together are out of all proportion to its nodes. */
   bool holdXPath(std::size_t bytes) noexcept;
+  /** Where the XPath of a new node is put together. */
+  KvbString& xpathDraft() noexcept { return xpathDraft_; }
   /** Another number after every change of a row mark: what was found out for an older one is void. */
   unsigned rowMarkVersion() const noexcept { return rowMarkVersion_; }
 
@@ -91,20 +99,24 @@ class XDMMainImpl final : public XDMMain {
    */
   KvbString* parseXPath(const KvbString& xpath, int* count) noexcept;
 
-  /** Projects the selected columns onto the tree and gathers the namespace prolog. False with the message set. */
-  bool markSelected();
+  /**
+   * Projects the selected columns onto the tree, gathers the namespace prolog and, unless the query looks none up,
+   * enters the columns by their XPaths. False with the message set.
+   */
+  bool markSelected(bool enterColumns = true);
   /** Adds the declarations of `element` to the prolog. False with the message set. */
   bool markNamespaces(XDMElemImpl* element);
-  const KvbString& namespaceProlog() const noexcept { return namespaceProlog_; }
+  const std::string& namespaceProlog() const noexcept { return namespaceProlog_; }
 
   /** Writes the constructor of `element` from rows; see kvxdmxqy_from_rows.cpp. */
-  bool genElementFromColumns(XDMElemImpl* element, short* functions, bool inRowLoop, bool groupRows, KvbString& xpath,
-                             KvbString& rowPath, const char* predicate, const char* rowSelector, KvbString& out);
-  /** Opens the group loop of `column`, if it is a group column. False when an append failed; sets no message. */
-  bool buildGroupForLoop(XDMColumnImpl* column, KvbString& predicate, KvbString& loop, KvbString& closing);
+  bool genElementFromColumns(XDMElemImpl* element, short* functions, bool inRowLoop, bool groupRows,
+                             std::string_view xpath, std::string_view rowPath, const char* predicate,
+                             const char* rowSelector, QueryText& out);
+  /** Opens the group loop of `column`, if it is a group column. Throws std::bad_alloc. */
+  void buildGroupForLoop(XDMColumnImpl* column, QueryText& predicate, QueryText& loop, QueryText& closing);
 
-  /** The column whose XPath is `xpath` as of the last marking pass, or null. An absent key is entered with null. */
-  XDMColumnImpl* columnByXPath(const KvbString& xpath) { return columnsByXPath_[xpath]; }
+  /** The column whose XPath is `xpath` as of the last markSelected, or null. */
+  XDMColumnImpl* columnByXPath(std::string_view xpath) const noexcept { return columnsByXPath_.find(xpath); }
 
   // The XDM document
   bool toDOM(KvDom* dom);
@@ -114,6 +126,12 @@ class XDMMainImpl final : public XDMMain {
   void reportExhausted(const char* what, KvbString* error) noexcept;
 
  private:
+  /** The element that was marked last, with all its ancestors, and by which XPath. */
+  struct MarkedPath {
+    XDMElemImpl* element = nullptr;
+    std::string_view xpath;
+  };
+
   template <class Parse>
   bool load(KvbString* error, Parse parse) noexcept;
   template <class Write>
@@ -121,9 +139,12 @@ class XDMMainImpl final : public XDMMain {
   std::nullptr_t fail(const KvbString& text) noexcept;
   XDMColumn* addColumn(XDMNode* node, const KvbString& name, int isGroupBy) noexcept;
 
-  bool markColumn(XDMColumnImpl* column);
+  bool markColumn(XDMColumnImpl* column, MarkedPath* last);
+  bool markAncestors(XDMElemImpl* element, LastSteps steps, MarkedPath* last);
+  /** Whether the declarations of `element` are in the prolog for good. */
+  bool isDeclared(const XDMElemImpl* element) const noexcept;
   bool declareNamespace(const XDMNSImpl& declaration);
-  bool appendToProlog(const KvbString& prefix, const KvbString& uri) noexcept;
+  void appendToProlog(const KvbString& prefix, const KvbString& uri);
 
   KvLogger_* logger_;
   KvbString errorMessage_;
@@ -131,9 +152,9 @@ class XDMMainImpl final : public XDMMain {
   XDMElemImpl* decidingElement_ = nullptr;
   std::map<KvbString, int, KvbStringLess> columnNames_;
   XDMList selectedColumns_;
-  std::map<KvbString, XDMColumnImpl*, KvbStringLess> columnsByXPath_;
+  ColumnsByXPath columnsByXPath_{selectedColumns_};
   std::map<KvbString, KvbString, KvbStringLess> namespaceMap_;
-  KvbString namespaceProlog_;
+  std::string namespaceProlog_;
   bool ancestorsMarked_ = true;  // every ancestor of a selected node has its step
   KvbString collectionVariableName_;
   bool groupExplicit_ = false;
@@ -142,6 +163,7 @@ class XDMMainImpl final : public XDMMain {
   unsigned markingPass_ = 1;
   std::size_t nodeCount_ = 0;
   std::size_t xpathBytes_ = 0;
+  KvbString xpathDraft_;
 };
 
 /**

@@ -61,7 +61,7 @@ class MapReader {
 
   bool checkRootAndVersion() {
     if (!isNamed(map_.getRoot(), "ROWMAPS")) return tellCaller(__LINE__, 1448, mapFile_);
-    const KvbString version = attribute(map_.getRoot(), "version");
+    const KvbString version = map_.getRoot().getAttributeValue(attributeNames().version);
     isVersion21_ = version.compare("2.1", true) == 0;
     if (!isVersion21_ && version.compare("1.9", true) != 0) return tellCaller(__LINE__, 1449, mapFile_, version);
     return true;
@@ -96,7 +96,7 @@ class MapReader {
     for (KvDomNode node = map_.getRoot().getFirstChild(false); !node.null(); node = node.getNextSibling(false)) {
       if (isWantedTable(node)) {
         table_ = node;
-        tableName_ = attribute(node, "name");
+        tableName_ = node.getAttributeValue(attributeNames().name);
         return true;
       }
       if (output_.null() && isNamed(node, "OUTPUT")) output_ = node;
@@ -108,7 +108,7 @@ class MapReader {
 
   bool isWantedTable(const KvDomNode& node) const {
     if (!isNamed(node, "TABLE")) return false;
-    return isEmpty(tableName_) || attribute(node, "name").compare(tableName_, true) == 0;
+    return isEmpty(tableName_) || node.getAttributeValue(attributeNames().name).compare(tableName_, true) == 0;
   }
 
   // On the way to the first "OUTPUT" a later "NAMESPACES" replaces an earlier one, one before the table included.
@@ -124,7 +124,7 @@ class MapReader {
 
   // Only the first "TABLEREF" counts.
   void acceptOutput() {
-    const KvbString reference = attribute(firstChildNamed(output_, "TABLEREF"), "name");
+    const KvbString reference = firstChildNamed(output_, "TABLEREF").getAttributeValue(attributeNames().name);
     const bool isForTable = !isEmpty(reference) && reference.compare(tableName_, true) == 0;
     if (isForTable || (flags_ & acceptOutputFlag)) acceptedOutput_ = output_;
   }
@@ -139,7 +139,7 @@ class MapReader {
   bool buildRowPath() {
     const KvDomNode node = firstChildNamed(table_, "TABLE-PATH");
     if (node.null()) return true;
-    const KvbString syntax = attribute(node, "syntax");
+    const KvbString syntax = node.getAttributeValue(attributeNames().syntax);
     if (!isEmpty(syntax) && !isPathSyntax(syntax)) return fail(main_, __LINE__, 1414, "TABLE-PATH", syntax);
     KvbString path = trimmedText(node);
     if (isEmpty(path)) return fail(main_, __LINE__, 1415, "TABLE-PATH");
@@ -170,7 +170,7 @@ class MapReader {
 
   // The namespace entries were read when the root was made.
   bool addHeadingAttribute(const KvDomNode& entry) {
-    const KvbString name = attribute(entry, "name");
+    const KvbString name = entry.getAttributeValue(attributeNames().name);
     if (isEmpty(name)) return fail(main_, __LINE__, 1415, "name");
     if (isNamespaceEntry(name)) return true;
     LocationStep step(view(name));
@@ -180,7 +180,7 @@ class MapReader {
     if (!isEmpty(step.prefix) && !declaration) return fail(main_, __LINE__, 1444, name);
     bool created = false;
     XDMAttrImpl* added = main_->root()->createAttribute(declaration, step.localName, &created);
-    return added && added->setDefault(attribute(entry, "value"));
+    return added && added->setDefault(entry.getAttributeValue(attributeNames().value));
   }
 
   bool selectColumns() {
@@ -198,7 +198,8 @@ class MapReader {
     if (!namespaces_.null() && isEmpty(xpath)) xpath = extendedPath;
     XDMNode* target = buildPath(&xpath, false);
     if (!target) return false;
-    XDMColumn* column = main_->selectAsColumn(target, attribute(node, "name"), groupLevel(node, target));
+    const KvbString name = node.getAttributeValue(attributeNames().name);
+    XDMColumn* column = main_->selectAsColumn(target, name, groupLevel(node, name, target));
     return column && typing.apply(column, xpath);
   }
 
@@ -210,16 +211,17 @@ class MapReader {
   }
 
   bool readPath(const KvDomNode& node, KvbString* xpath, KvbString* extendedPath) {
-    const KvbString syntax = attribute(node, "syntax");
+    const KvbString syntax = node.getAttributeValue(attributeNames().syntax);
     if (!isEmpty(syntax) && !isPathSyntax(syntax)) return fail(main_, __LINE__, 1414, "PATH", syntax);
     *(isKeyword(syntax, "XPathENR") ? extendedPath : xpath) = trimmedText(node);
     return true;
   }
 
   // With a group-by string there is no retain mode and without one there are no group levels.
-  int groupLevel(const KvDomNode& node, XDMNode* target) const {
-    if ((flags_ & retainFlag) && isKeyword(attribute(node, "retain"), "yes")) return distanceToRow(target);
-    const auto found = groupLevels_.find(attribute(node, "name"));
+  int groupLevel(const KvDomNode& node, const KvbString& name, XDMNode* target) const {
+    const bool retains = (flags_ & retainFlag) && isKeyword(node.getAttributeValue(attributeNames().retain), "yes");
+    if (retains) return distanceToRow(target);
+    const auto found = groupLevels_.find(name);
     return found == groupLevels_.end() ? 0 : found->second;
   }
 

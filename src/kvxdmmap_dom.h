@@ -3,6 +3,7 @@
 #define KVXDM_SRC_KVXDMMAP_DOM_H
 
 #include <iterator>
+#include <string_view>
 
 #include <kvxdom/kvdom.h>
 
@@ -13,14 +14,31 @@ namespace xmlmap {
 
 constexpr char unit[] = "kvxdmmap";
 
-inline bool isNamed(const KvDomNode& node, const char* name) { return node.getName().compare(name, true) == 0; }
+/** The names of a map's attributes as the DOM service takes them, made once. */
+struct AttributeNames {
+  const KvbString id{"id", true};
+  const KvbString name{"name", true};
+  const KvbString prefix{"prefix", true};
+  const KvbString retain{"retain", true};
+  const KvbString syntax{"syntax", true};
+  const KvbString value{"value", true};
+  const KvbString version{"version", true};
+};
+
+/** Throws std::bad_alloc when memory is exhausted at the first call; a later call tries again. */
+inline const AttributeNames& attributeNames() {
+  static const AttributeNames names;
+  return names;
+}
+
+inline bool isNamed(const KvDomNode& node, std::string_view name) { return view(node.getName()) == name; }
 
 /** The child elements of `parent` called `name`, in document order; for range-based loops. */
 class ChildrenNamed {
  public:
   class Iterator {
    public:
-    Iterator(const KvDomNode& node, const char* name) : node_(node), name_(name) { skipOthers(); }
+    Iterator(const KvDomNode& node, std::string_view name) : node_(node), name_(name) { skipOthers(); }
     const KvDomNode& operator*() const { return node_; }
     Iterator& operator++() {
       node_ = node_.getNextSibling(false);
@@ -35,25 +53,21 @@ class ChildrenNamed {
     }
 
     KvDomNode node_;
-    const char* name_;
+    std::string_view name_;
   };
 
-  ChildrenNamed(const KvDomNode& parent, const char* name) : parent_(parent), name_(name) {}
+  ChildrenNamed(const KvDomNode& parent, std::string_view name) : parent_(parent), name_(name) {}
   Iterator begin() const { return {parent_.getFirstChild(false), name_}; }
   std::default_sentinel_t end() const { return {}; }
 
  private:
   KvDomNode parent_;
-  const char* name_;
+  std::string_view name_;
 };
 
 /** The first child element called `name`; a null handle without one. */
-inline KvDomNode firstChildNamed(const KvDomNode& parent, const char* name) {
+inline KvDomNode firstChildNamed(const KvDomNode& parent, std::string_view name) {
   return *ChildrenNamed(parent, name).begin();
-}
-
-inline KvbString attribute(const KvDomNode& node, const char* name) {
-  return node.getAttributeValue(KvbString(name, true));
 }
 
 inline KvbString trimmedText(const KvDomNode& node) {

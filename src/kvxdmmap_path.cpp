@@ -162,12 +162,12 @@ class PlainPathBuilder final : public PathBuilder {
 
   bool declareHeading(XDMElemImpl* root, const LocationStep& rootStep) {
     for (const KvDomNode& entry : ChildrenNamed(firstChildNamed(output_, "HEADING"), "ATTRIBUTE")) {
-      const KvbString name = attribute(entry, "name");
+      const KvbString name = entry.getAttributeValue(attributeNames().name);
       if (!isNamespaceEntry(name)) continue;
       LocationStep step(view(name));
       if (!separateXPathStep(&step)) return false;
       const KvbString prefix = step.prefix.isNull() ? KvbString() : step.localName;
-      if (!declareOnRoot(root, rootStep, prefix, attribute(entry, "value"))) return false;
+      if (!declareOnRoot(root, rootStep, prefix, entry.getAttributeValue(attributeNames().value))) return false;
     }
     return true;
   }
@@ -228,10 +228,11 @@ class ExtendedPathBuilder final : public PathBuilder {
 
   bool readDeclaration(const KvDomNode& node) {
     const KvbString uri = trimmedText(node);
-    std::unique_ptr<XDMNSImpl> made(new (std::nothrow) XDMNSImpl(nullptr, attribute(node, "prefix"), uri));
+    std::unique_ptr<XDMNSImpl> made(new (std::nothrow)
+                                        XDMNSImpl(nullptr, node.getAttributeValue(attributeNames().prefix), uri));
     if (!made) return fail(main_, __LINE__, 29, "(namespace)");
     bool failed = false;
-    const int id = attribute(node, "id").asInt(&failed);
+    const int id = node.getAttributeValue(attributeNames().id).asInt(&failed);
     if (failed || !isNextId(id)) return fail(main_, __LINE__, 1420);
     const bool kept = main_->getNSList()->insertItemAt(id - 1, made.get());
     if (kept) made.release();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <new>
+#include <string_view>
 
 #include "kvxdmmain.h"
 #include "kvxdmmap_dom.h"
@@ -76,7 +77,7 @@ void setIfEmpty(KvbString* target, const char* text) {
 
 bool ColumnTyping::read(const KvDomNode& child) {
   struct Reader {
-    const char* name;
+    std::string_view name;
     bool (ColumnTyping::*read)(const KvDomNode&);
   };
   static constexpr Reader readers[] = {
@@ -85,10 +86,11 @@ bool ColumnTyping::read(const KvDomNode& child) {
       {"INFORMAT", &ColumnTyping::readInformat}, {"LENGTH", &ColumnTyping::readLength},
       {"TYPE", &ColumnTyping::readType},
   };
+  const KvbString name = child.getName();
   for (const Reader& reader : readers) {
-    if (isNamed(child, reader.name)) return (this->*reader.read)(child);
+    if (view(name) == reader.name) return (this->*reader.read)(child);
   }
-  return fail(main_, __LINE__, 1446, "COLUMN", child.getName());
+  return fail(main_, __LINE__, 1446, "COLUMN", name);
 }
 
 bool ColumnTyping::readDataType(const KvDomNode& node) {

@@ -2,42 +2,39 @@
 // Tested by tests/unit/kvxdmxqy_mark_test.cpp.
 #include "kvxdmselected.h"
 
-#include <memory>
+#include <algorithm>
 #include <new>
-
-#include "kvxdmtext.h"
-
-namespace {
-
-KvbString* stepOf(void* item) noexcept { return static_cast<KvbString*>(item); }
-
-std::unique_ptr<KvbString> copyOf(std::string_view step) noexcept {
-  std::unique_ptr<KvbString> copy(new (std::nothrow) KvbString);
-  bool failed = false;
-  if (copy) copy->append(step.data(), static_cast<unsigned>(step.size()), &failed);
-  if (failed) copy.reset();
-  return copy;
-}
-
-}  // namespace
+#include <utility>
 
 SelectedSteps::Added SelectedSteps::add(std::string_view step) noexcept {
-  for (int i = 0; i < steps_.getCount(); ++i) {
-    if (view(*stepOf(steps_.getItem(i))) == step) return Added::yes;
+  if (holds(step)) return Added::yes;
+  Added failure = Added::noMemoryForStep;
+  try {
+    if (!hasFirst_) {
+      first_ += step;
+      hasFirst_ = true;
+    } else {
+      std::string copy(step);
+      failure = Added::noMemoryForList;
+      others_.push_back(std::move(copy));
+    }
+    return Added::yes;
+  } catch (const std::bad_alloc&) {
+    return failure;
   }
-  std::unique_ptr<KvbString> copy = copyOf(step);
-  if (!copy) return Added::noMemoryForStep;
-  if (!steps_.appendItem(copy.get())) return Added::noMemoryForList;
-  static_cast<void>(copy.release());  // the list holds it from now on
-  return Added::yes;
 }
 
-KvbString SelectedSteps::get(int index) const noexcept {
-  const KvbString* step = stepOf(steps_.getItem(index));
-  return step ? *step : KvbString();
+bool SelectedSteps::holds(std::string_view step) const noexcept {
+  return hasFirst_ && (first_ == step || std::find(others_.begin(), others_.end(), step) != others_.end());
+}
+
+std::string_view SelectedSteps::get(int index) const noexcept {
+  if (index < 0 || index >= getCount()) return {};
+  return index == 0 ? first_ : others_[static_cast<std::size_t>(index - 1)];
 }
 
 void SelectedSteps::clear() noexcept {
-  for (int i = 0; i < steps_.getCount(); ++i) delete stepOf(steps_.getItem(i));
-  steps_.release();
+  first_.clear();
+  hasFirst_ = false;
+  others_.clear();
 }

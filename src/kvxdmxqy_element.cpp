@@ -2,6 +2,9 @@
 // Tested by tests/unit/kvxdmxqy_element_test.cpp and tests/processor/kvxdmxqy_from_rows_run_test.cpp.
 #include <functional>
 #include <map>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include "kvxdmcol.h"
 #include "kvxdmelem.h"
@@ -19,30 +22,48 @@ struct Walk {
   XDMMainImpl& main;
   const bool groupRows;
   short* functions;
-  bool& failed;
   QueryText& out;
+  std::string xpath;  // where the walk is
 
   void request(unsigned bits) noexcept { *functions = static_cast<short>(*functions | bits); }
 };
 
-/** Where values come from. Every element works on its own copy, so what it changes reaches its children only. */
+/** Goes a step down the XPath for as long as it lives. */
+class StepDown {
+ public:
+  StepDown(Walk& walk, std::string_view step) : xpath_(walk.xpath), length_(xpath_.size()) {
+    xpath_ += '/';
+    xpath_ += step;
+  }
+  ~StepDown() { xpath_.erase(length_); }
+  StepDown(const StepDown&) = delete;
+  StepDown& operator=(const StepDown&) = delete;
+
+ private:
+  std::string& xpath_;
+  const std::size_t length_;
+};
+
+/**
+ * Where values come from. Every element works on its own copy, so what it changes reaches its children only. The texts
+ * lie in the elements above.
+ */
 struct Source {
-  KvbString rowPath;        // yields the current row
-  const char* rowSelector;  // picks one of several rows; null inside a row loop
-  KvbString predicate;      // the equalities of the group columns so far
+  std::string_view rowPath;    // yields the current row
+  const char* rowSelector;     // picks one of several rows; null inside a row loop
+  std::string_view predicate;  // the equalities of the group columns so far
   bool inRowLoop;
 };
 
 /** What one selected step of an element consists of, its children apart. */
 struct Parts {
-  KvbString xpath;
   XDMColumnImpl* column;
-  KvbString text;
-  KvbString attributes;
+  std::string_view rowPath;  // of the values
+  QueryText attributes;
   bool rowLoop;  // the children stand in a row loop
 
-  bool hasText() const noexcept { return !isEmpty(text); }
-  bool hasAttributes() const noexcept { return !isEmpty(attributes); }
+  bool hasText() const noexcept { return column != nullptr; }
+  bool hasAttributes() const noexcept { return !attributes.empty(); }
   bool any() const noexcept { return hasText() || hasAttributes(); }
 };
 
@@ -66,10 +87,11 @@ Call chooseCall(const Parts& parts, bool children) noexcept {
   return {"local:e2ec(\"", attributes ? request::e2ec_4 : request::e2ec_3};
 }
 
-void writeName(QueryText& text, XDMNode* node) noexcept {
-  XDMNamespace* ns = node->getNamespace();
-  if (ns && !isEmpty(ns->getPrefix())) text << ns->getPrefix() << ":";
-  text << node->getLocalName();
+template <class Node>
+void writeName(QueryText& text, const Node* node) {
+  const XDMNSImpl* ns = implOf(node->columnInfo().getNamespace());
+  if (ns && !isEmpty(ns->prefix())) text << ns->prefix() << ":";
+  text << node->columnInfo().getLocalName();
 }
 
 /** The default of a root attribute, between quotes that it does not hold where that can be. */
@@ -102,16 +124,12 @@ bool leadsToRow(XDMElemImpl* element) noexcept {
  */
 class ElementWriter {
  public:
-  ElementWriter(Walk& walk, XDMElemImpl* element, const KvbString& parentXPath, const Source& source) noexcept
-      : walk_(walk),
-        element_(element),
-        parentXPath_(parentXPath),
-        source_(source),
-        constructor_(!element->parent() || element->getDecidesRow()) {}
+  ElementWriter(Walk& walk, XDMElemImpl* element, const Source& source) noexcept
+      : walk_(walk), element_(element), source_(source), constructor_(!element->parent() || element->getDecidesRow()) {}
 
   void write() {
-    if (walk_.failed || (element_->getSelectedXPaths() == 0 && !element_->hasSelectedChild())) return;
-    KvbString closing;
+    if (element_->getSelectedXPaths() == 0 && !element_->hasSelectedChild()) return;
+    QueryText closing;
     if (constructor_) {
       openConstructor();
     } else {
@@ -119,7 +137,7 @@ class ElementWriter {
     }
     for (int i = 0; i < element_->getSelectedXPaths(); ++i) writeStep(i);
     if (constructor_) closeConstructor();
-    walk_.out << closing;
+    walk_.out << closing.text();
   }
 
  private:
@@ -128,16 +146,16 @@ class ElementWriter {
   void openConstructor() {
     if (!walk_.groupRows && !isRoot()) {
       walk_.out << "for $row in /table/row\nreturn\n(\n";
-      source_.rowPath = toString("$row");
+      source_.rowPath = "$row";
       source_.rowSelector = nullptr;
     }
     walk_.out << "<";
     writeName(walk_.out, element_);
-    source_.predicate.setNull();
+    source_.predicate = {};
   }
 
   /** The parenthesis closes the row loop: this element's own or, with grouping, the one its parent has opened. */
-  void closeConstructor() noexcept {
+  void closeConstructor() {
     if (!element_->hasSelectedChild() && !hasText_) {
       walk_.out << "/>";
     } else {
@@ -150,56 +168,61 @@ class ElementWriter {
 
   // Group loops
 
-  void openGroupLoops(KvbString& closing) {
+  void openGroupLoops(QueryText& closing) {
     if (!walk_.groupRows || element_->parentOfDecidingRow() == 0) return;
-    const KvbString xpath = joined(parentXPath_, element_->getSelectedXPath(0));
+    const StepDown down(walk_, element_->getSelectedXPath(0));
+    predicate_ << source_.predicate;
     if (walk_.main.getGroupExplicit()) {
-      openLoopsByLevel(xpath, closing);
+      openLoopsByLevel(closing);
     } else {
-      groupColumn_ = firstColumn(xpath);
+      groupColumn_ = firstColumn();
       if (groupColumn_) openLoop(groupColumn_, closing);
     }
+    source_.predicate = predicate_.text();
   }
 
   /** The column of the element itself or, without one, that of the first attribute which has one. */
-  XDMColumnImpl* firstColumn(const KvbString& xpath) {
-    XDMColumnImpl* column = walk_.main.columnByXPath(xpath);
+  XDMColumnImpl* firstColumn() {
+    XDMColumnImpl* column = walk_.main.columnByXPath(walk_.xpath);
     for (auto* attribute = element_->firstAttribute(); attribute && !column; attribute = XDMElemImpl::next(attribute)) {
-      column = columnOf(attribute, xpath);
+      column = columnOf(attribute);
     }
     return column;
   }
 
   /** Of several columns with one level the last one counts. Level 0 opens no loop. */
-  void openLoopsByLevel(const KvbString& xpath, KvbString& closing) {
+  void openLoopsByLevel(QueryText& closing) {
     std::map<int, XDMColumnImpl*, std::greater<>> columns;
     auto enter = [&](XDMColumnImpl* column) {
       if (column) columns[column->getIsGroupBy()] = column;
     };
-    enter(walk_.main.columnByXPath(xpath));
+    enter(walk_.main.columnByXPath(walk_.xpath));
     for (auto* attribute = element_->firstAttribute(); attribute; attribute = XDMElemImpl::next(attribute)) {
-      enter(columnOf(attribute, xpath));
+      enter(columnOf(attribute));
     }
     for (const auto& [level, column] : columns) openLoop(column, closing);
   }
 
-  XDMColumnImpl* columnOf(XDMAttrImpl* attribute, const KvbString& xpath) {
-    if (attribute->getSelectedXPaths() == 0) return nullptr;
-    return walk_.main.columnByXPath(joined(xpath, attribute->getSelectedXPath(0)));
+  XDMColumnImpl* columnOf(const XDMAttrImpl* attribute) {
+    return attribute->getSelectedXPaths() == 0 ? nullptr : columnAt(attribute->getSelectedXPath(0));
   }
 
-  void openLoop(XDMColumnImpl* column, KvbString& closing) {
-    KvbString loop;
-    if (!walk_.main.buildGroupForLoop(column, source_.predicate, loop, closing)) walk_.out.fail();
-    walk_.out << loop;
+  XDMColumnImpl* columnAt(std::string_view step) {
+    const StepDown down(walk_, step);
+    return walk_.main.columnByXPath(walk_.xpath);
+  }
+
+  void openLoop(XDMColumnImpl* column, QueryText& closing) {
+    walk_.main.buildGroupForLoop(column, predicate_, walk_.out, closing);
   }
 
   // One selected step
 
   void writeStep(int index) {
-    const Parts parts = partsOf(element_->getSelectedXPath(index));
+    const StepDown down(walk_, element_->getSelectedXPath(index));
+    const Parts parts = partsOf();
     hasText_ = parts.hasText();
-    const unsigned start = walk_.out.length();
+    const std::size_t start = walk_.out.length();
     if (wroteStep_) walk_.out << ",\n";
     if (constructor_ ? writeContent(parts) : writeCall(parts)) {
       wroteStep_ = true;
@@ -208,83 +231,85 @@ class ElementWriter {
     }
   }
 
-  Parts partsOf(const KvbString& step) {
-    Parts parts;
-    parts.xpath = joined(parentXPath_, step);
-    parts.column = walk_.main.columnByXPath(parts.xpath);
-    const KvbString rowPath = source_.rowPath;
-    if (!isEmpty(source_.predicate)) QueryText(source_.rowPath, walk_.failed) << "[" << source_.predicate << "]";
-    parts.text = textOf(parts.column);
-    parts.attributes = attributesOf(parts.xpath);
-    if (!source_.inRowLoop) source_.rowPath = rowPath;  // inside a row loop the longer path stays, as is meant
-    parts.rowLoop =
-        walk_.groupRows && !source_.inRowLoop && element_->hasSelectedChild() && element_->parentOfDecidingRow() == 1;
+  Parts partsOf() {
+    Parts parts{walk_.main.columnByXPath(walk_.xpath), rowPathOfStep(), {}, opensRowLoop()};
+    writeAttributes(parts);
     return parts;
   }
 
-  KvbString textOf(XDMColumnImpl* column) noexcept {
-    KvbString part;
-    if (!column) return part;
-    QueryText text(part, walk_.failed);
-    if (!isEmpty(source_.predicate) && column->getIsGroupBy()) {
-      text << "text{$" << column->getName() << "}";
+  std::string_view rowPathOfStep() {
+    if (source_.predicate.empty()) return source_.rowPath;
+    QueryText longer;
+    longer << source_.rowPath << "[" << source_.predicate << "]";
+    rowPath_ = std::move(longer);
+    if (source_.inRowLoop) source_.rowPath = rowPath_.text();  // here the longer path stays, as is meant
+    return rowPath_.text();
+  }
+
+  bool opensRowLoop() const noexcept {
+    return walk_.groupRows && !source_.inRowLoop && element_->hasSelectedChild() &&
+           element_->parentOfDecidingRow() == 1;
+  }
+
+  void writeText(const Parts& parts) {
+    if (!parts.column) return;
+    if (!source_.predicate.empty() && parts.column->getIsGroupBy()) {
+      walk_.out << "text{$" << parts.column->name() << "}";
     } else if (constructor_) {
       walk_.request(request::gt);
-      text << "local:gt(";
-      writeValue(text, column);
-      text << ")";
+      walk_.out << "local:gt(";
+      writeValue(walk_.out, parts, parts.column);
+      walk_.out << ")";
     } else {
-      writeValue(text, column);
+      writeValue(walk_.out, parts, parts.column);
     }
-    return part;
   }
 
-  void writeValue(QueryText& text, XDMColumnImpl* column) const noexcept {
-    text << source_.rowPath;
+  void writeValue(QueryText& text, const Parts& parts, const XDMColumnImpl* column) const {
+    text << parts.rowPath;
     if (source_.rowSelector) text << source_.rowSelector;
-    text << "/" << column->getName();
+    text << "/" << column->name();
   }
 
-  KvbString attributesOf(const KvbString& xpath) {
-    KvbString part;
-    QueryText text(part, walk_.failed);
+  void writeAttributes(Parts& parts) {
     for (auto* attribute = element_->firstAttribute(); attribute; attribute = XDMElemImpl::next(attribute)) {
-      if (isRoot() && attribute->getSelectedXPaths() == 0) writeConstant(text, attribute);
+      if (isRoot() && attribute->getSelectedXPaths() == 0) writeConstant(parts.attributes, attribute);
       for (int i = 0; i < attribute->getSelectedXPaths(); ++i) {
-        XDMColumnImpl* column = walk_.main.columnByXPath(joined(xpath, attribute->getSelectedXPath(i)));
-        if (column) writeAttribute(text, attribute, column);
+        XDMColumnImpl* column = columnAt(attribute->getSelectedXPath(i));
+        if (column) writeAttribute(parts, attribute, column);
       }
     }
-    return part;
   }
 
-  void writeAttribute(QueryText& text, XDMAttrImpl* attribute, XDMColumnImpl* column) noexcept {
+  void writeAttribute(Parts& parts, const XDMAttrImpl* attribute, XDMColumnImpl* column) {
     if (constructor_) {
-      writeConstructedAttribute(text, attribute, column);
+      writeConstructedAttribute(parts, attribute, column);
     } else {
-      writeAttributeCall(text, attribute, column);
+      writeAttributeCall(parts, attribute, column);
     }
   }
 
-  void writeConstructedAttribute(QueryText& text, XDMAttrImpl* attribute, XDMColumnImpl* column) noexcept {
+  void writeConstructedAttribute(Parts& parts, const XDMAttrImpl* attribute, const XDMColumnImpl* column) {
+    QueryText& text = parts.attributes;
     walk_.request(request::gt);
     text << "   ";
     writeName(text, attribute);
     text << "=\"{local:gt(";
-    writeValue(text, column);
+    writeValue(text, parts, column);
     text << ")}\"";
   }
 
-  void writeAttributeCall(QueryText& text, XDMAttrImpl* attribute, XDMColumnImpl* column) noexcept {
+  void writeAttributeCall(Parts& parts, const XDMAttrImpl* attribute, XDMColumnImpl* column) {
+    QueryText& text = parts.attributes;
     const bool fromLoop = isLoopVariable(column);
     walk_.request(fromLoop ? request::msa : request::ma);
-    text << (text.length() == 0 ? "(" : ",") << (fromLoop ? "local:msa(\"" : "local:ma(\"");
+    text << (text.empty() ? "(" : ",") << (fromLoop ? "local:msa(\"" : "local:ma(\"");
     writeName(text, attribute);
     text << "\", ";
     if (fromLoop) {
-      text << "$" << column->getName();
+      text << "$" << column->name();
     } else {
-      writeValue(text, column);
+      writeValue(text, parts, column);
     }
     text << ")";
   }
@@ -296,8 +321,8 @@ class ElementWriter {
 
   /** A step of a constructor. False when there is nothing to write. */
   bool writeContent(const Parts& parts) {
-    walk_.out << parts.attributes;
-    const unsigned end = walk_.out.length();
+    walk_.out << parts.attributes.text();
+    const std::size_t end = walk_.out.length();
     openContent(parts);
     const bool children = writeChildren(parts);
     if (parts.rowLoop) walk_.out << ")";
@@ -305,8 +330,9 @@ class ElementWriter {
     return children || parts.any();
   }
 
-  void openContent(const Parts& parts) noexcept {
-    walk_.out << ">{" << parts.text;
+  void openContent(const Parts& parts) {
+    walk_.out << ">{";
+    writeText(parts);
     if (!parts.rowLoop) return;
     if (parts.hasText()) walk_.out << ",";
     openRowLoop();
@@ -314,7 +340,7 @@ class ElementWriter {
 
   /** A step as a call of a library function. False when there is nothing to write. */
   bool writeCall(const Parts& parts) {
-    const unsigned start = walk_.out.length();
+    const std::size_t start = walk_.out.length();
     if (element_->hasSelectedChild() && writeCallWithChildren(parts)) return true;
     walk_.out.truncate(start);
     if (parts.any()) writeCallWithoutChildren(parts);
@@ -331,36 +357,37 @@ class ElementWriter {
     return true;
   }
 
-  void writeCallWithoutChildren(const Parts& parts) noexcept {
+  void writeCallWithoutChildren(const Parts& parts) {
     const Call call = chooseCall(parts, false);
     openCall(call, parts);
     closeCall(call, parts);
   }
 
-  void openCall(const Call& call, const Parts& parts) noexcept {
+  void openCall(const Call& call, const Parts& parts) {
     walk_.out << call.opening;
     writeName(walk_.out, element_);
-    walk_.out << "\", " << parts.text;
+    walk_.out << "\", ";
+    writeText(parts);
     if (parts.hasText() && parts.hasAttributes()) walk_.out << ",\n  ";
-    if (parts.hasAttributes()) walk_.out << parts.attributes << ")";
+    if (parts.hasAttributes()) walk_.out << parts.attributes.text() << ")";
     if (!parts.rowLoop) return;
     if (parts.any()) walk_.out << ",";
     openRowLoop();
   }
 
-  void openChildren(const Parts& parts) noexcept {
+  void openChildren(const Parts& parts) {
     if (parts.any() && !parts.rowLoop) walk_.out << ",\n  ";
     walk_.out << "(";
   }
 
-  void closeCall(const Call& call, const Parts& parts) noexcept {
+  void closeCall(const Call& call, const Parts& parts) {
     walk_.request(call.request);
     walk_.out << (parts.rowLoop ? "))" : ")");
   }
 
-  void openRowLoop() noexcept {
+  void openRowLoop() {
     walk_.out << "\n(let $rows := /table/row";
-    if (!isEmpty(source_.predicate)) walk_.out << "[" << source_.predicate << "]";
+    if (!source_.predicate.empty()) walk_.out << "[" << source_.predicate << "]";
     walk_.out << "\nfor $row in $rows\nreturn\n(\n";
   }
 
@@ -372,12 +399,12 @@ class ElementWriter {
    */
   bool writeChildren(const Parts& parts) {
     if (!element_->hasSelectedChild()) return false;
-    Source source = parts.rowLoop ? Source{toString("$row"), nullptr, KvbString(), true} : source_;
+    Source source = parts.rowLoop ? Source{"$row", nullptr, {}, true} : source_;
     const char* guard = parts.rowLoop ? guardFirstRow : nullptr;
     bool preceded = constructor_ && parts.hasText();
     bool wrote = false;
     for (auto* child = element_->firstChild(); child; child = child->nextSibling()) {
-      if (!writeChild(child, parts.xpath, source, guard, preceded)) continue;
+      if (!writeChild(child, source, guard, preceded)) continue;
       wrote = preceded = true;
       if (guard && child->getDecidesRow()) guard = guardLastRow;
       if (!guard && walk_.groupRows && source.rowSelector && leadsToRow(child)) source.rowSelector = lastRow;
@@ -385,12 +412,12 @@ class ElementWriter {
     return wrote;
   }
 
-  bool writeChild(XDMElemImpl* child, const KvbString& xpath, const Source& source, const char* guard, bool preceded) {
+  bool writeChild(XDMElemImpl* child, const Source& source, const char* guard, bool preceded) {
     if (child->getDecidesRow()) guard = nullptr;
-    const unsigned start = walk_.out.length();
+    const std::size_t start = walk_.out.length();
     openChild(guard, preceded);
-    const unsigned open = walk_.out.length();
-    ElementWriter(walk_, child, xpath, source).write();
+    const std::size_t open = walk_.out.length();
+    ElementWriter(walk_, child, source).write();
     if (walk_.out.length() == open) {
       walk_.out.truncate(start);
       return false;
@@ -399,25 +426,20 @@ class ElementWriter {
     return true;
   }
 
-  void openChild(const char* guard, bool preceded) noexcept {
+  void openChild(const char* guard, bool preceded) {
     if (preceded) walk_.out << ",\n";
     if (guard) walk_.out << (preceded ? "(" : "") << guard;
   }
 
-  void closeChild(const char* guard, bool preceded) noexcept {
+  void closeChild(const char* guard, bool preceded) {
     if (guard) walk_.out << "\nelse\n   ()" << (preceded ? ")" : "");
-  }
-
-  KvbString joined(const KvbString& xpath, const KvbString& step) noexcept {
-    KvbString longer = xpath;
-    QueryText(longer, walk_.failed) << "/" << step;
-    return longer;
   }
 
   Walk& walk_;
   XDMElemImpl* element_;
-  const KvbString& parentXPath_;
   Source source_;
+  QueryText predicate_;  // with the group columns of this element
+  QueryText rowPath_;    // with the predicate
   const bool constructor_;
   XDMColumnImpl* groupColumn_ = nullptr;
   bool hasText_ = false;    // the step written last has a text part
@@ -427,13 +449,11 @@ class ElementWriter {
 }  // namespace
 
 bool XDMMainImpl::genElementFromColumns(XDMElemImpl* element, short* functions, bool inRowLoop, bool groupRows,
-                                        KvbString& xpath, KvbString& rowPath, const char* predicate,
-                                        const char* rowSelector, KvbString& out) {
+                                        std::string_view xpath, std::string_view rowPath, const char* predicate,
+                                        const char* rowSelector, QueryText& out) {
   return guarded(this, "(XQuery)", nullptr, false, [&] {
-    bool failed = false;
-    QueryText text(out, failed);
-    Walk walk{*this, groupRows, functions, failed, text};
-    ElementWriter(walk, element, xpath, {rowPath, rowSelector, KvbString(predicate, true), inRowLoop}).write();
-    return !failed;
+    Walk walk{*this, groupRows, functions, out, std::string(xpath)};
+    ElementWriter(walk, element, {rowPath, rowSelector, predicate, inRowLoop}).write();
+    return true;
   });
 }

@@ -271,7 +271,7 @@ declare function local:msa(
 
 }  // namespace
 
-void declareFunctions(short requested, QueryText& query) noexcept {
+void declareFunctions(short requested, QueryText& query) {
   auto open = static_cast<unsigned>(requested);
   for (const LibraryFunction& function : library) {
     if (open & function.request) query << function.text;
@@ -290,38 +290,25 @@ KvbString XDMMainImpl::genXQueryFromColumns(bool streaming, bool groupRows, KvbS
       return KvbString();
     }
     short functions = 0;
-    KvbString xpath;
-    KvbString rowPath("/table/row", true);
-    KvbString body;
-    if (!genElementFromColumns(root_, &functions, false, groupRows, xpath, rowPath, "", "[1]", body)) {
+    QueryText body;
+    if (!genElementFromColumns(root_, &functions, false, groupRows, "", "/table/row", "", "[1]", body)) {
       return KvbString();
     }
-    KvbString text;
-    bool failed = false;
-    QueryText query(text, failed);
-    writeQueryHead(query, namespaceProlog_, streaming);
-    declareFunctions(functions, query);
-    query << "\n\n" << body;
-    if (failed) {
-      reportExhausted("(XQuery)", error);
-      return KvbString();
-    }
-    return text;
+    QueryText head;
+    writeQueryHead(head, namespaceProlog_, streaming);
+    declareFunctions(functions, head);
+    return joined({head.text(), "\n\n", body.text()});
   });
 }
 
-bool XDMMainImpl::buildGroupForLoop(XDMColumnImpl* column, KvbString& predicate, KvbString& loop, KvbString& closing) {
-  if (!column->getIsGroupBy()) return true;
-  bool failed = false;
-  const KvbString name = column->getName();
-  QueryText loopText(loop, failed);
-  loopText << "for $" << name << " in distinct-values(/table/row";
-  if (!isEmpty(predicate)) loopText << "[" << predicate << "]";
-  loopText << "/" << name << ")\nreturn\n(";
+void XDMMainImpl::buildGroupForLoop(XDMColumnImpl* column, QueryText& predicate, QueryText& loop, QueryText& closing) {
+  if (!column->getIsGroupBy()) return;
+  const KvbString& name = column->name();
+  loop << "for $" << name << " in distinct-values(/table/row";
+  if (!predicate.empty()) loop << "[" << predicate.text() << "]";
+  loop << "/" << name << ")\nreturn\n(";
 
-  QueryText predicateText(predicate, failed);
-  if (!isEmpty(predicate)) predicateText << " and ";
-  predicateText << name << " = $" << name;
-  QueryText(closing, failed) << ")";
-  return !failed;
+  if (!predicate.empty()) predicate << " and ";
+  predicate << name << " = $" << name;
+  closing << ")";
 }

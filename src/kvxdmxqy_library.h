@@ -25,6 +25,6 @@ constexpr unsigned msa = 0x0010;
 }  // namespace request
 
 /** Declares the functions whose request values are in `requested`, in the order of the library. */
-void declareFunctions(short requested, QueryText& query) noexcept;
+void declareFunctions(short requested, QueryText& query);
 
 #endif

@@ -15,26 +15,9 @@ namespace {
 
 constexpr char unit[] = "kvxdmxqy";
 
-/** Cuts steps from the end of an XPath. Without a "/" left the step is all that remains, and nothing remains. */
-class LastSteps {
- public:
-  explicit LastSteps(std::string_view xpath) noexcept : remaining_(xpath) {}
-
-  std::string_view cut() noexcept {
-    const std::size_t slash = remaining_.rfind('/');
-    const bool found = slash != std::string_view::npos;
-    const std::string_view step = found ? remaining_.substr(slash + 1) : remaining_;
-    remaining_ = found ? remaining_.substr(0, slash) : std::string_view();
-    return step;
-  }
-
- private:
-  std::string_view remaining_;
-};
-
 }  // namespace
 
-bool XDMMainImpl::markSelected() {
+bool XDMMainImpl::markSelected(bool enterColumns) {
   if (!root_) {
     setErrorMessage(message(unit, __LINE__, 1423));
     return false;
@@ -43,39 +26,53 @@ bool XDMMainImpl::markSelected() {
     setErrorMessage(message(unit, __LINE__, 1441));
     return false;
   }
-  columnsByXPath_.clear();
+  columnsByXPath_.reset(enterColumns ? selectedColumns_.getCount() : 0);
   root_->clearSelectedXPaths();
-  namespaceProlog_.setNull();
+  namespaceProlog_.clear();
   namespaceMap_.clear();
   ancestorsMarked_ = true;
   ++markingPass_;
   bool marked = true;
-  for (int i = 0; marked && i < selectedColumns_.getCount(); ++i) marked = markColumn(column(i));
+  MarkedPath last;
+  for (int i = 0; marked && i < selectedColumns_.getCount(); ++i) {
+    marked = markColumn(column(i), &last);
+    if (enterColumns) columnsByXPath_.enter(i);
+  }
   namespaceMap_.clear();
   return marked;
 }
 
-bool XDMMainImpl::markColumn(XDMColumnImpl* column) {
-  const KvbString xpath = column->getXPath();
-  LastSteps steps(view(xpath));
-  XDMNode* node = column->getNode();
+bool XDMMainImpl::markColumn(XDMColumnImpl* column, MarkedPath* last) {
+  LastSteps steps(view(column->xpath()));
+  XDMNode* node = column->node();
   if (node->nodeType() == 0) {
     if (!static_cast<XDMAttrImpl*>(node)->addSelectedXPath(steps.cut())) return false;
   } else {
     XDMElemImpl* element = static_cast<XDMElemImpl*>(node);
     if (!element->addSelectedXPath(steps.cut()) || !markNamespaces(element)) return false;
   }
-  for (XDMElemImpl* ancestor = implOf(node->getParent()); ancestor; ancestor = ancestor->parent()) {
+  return markAncestors(implOf(node->getParent()), steps, last);
+}
+
+bool XDMMainImpl::markAncestors(XDMElemImpl* element, LastSteps steps, MarkedPath* last) {
+  // The columns of one element come one after the other in most lists.
+  if (element == last->element && steps.remaining() == last->xpath) return true;
+  *last = {element, steps.remaining()};
+  for (; element; element = element->parent()) {
     // An ancestor without room for its step does not end the pass; the generator that goes by these steps fails later.
-    if (!ancestor->addSelectedXPath(steps.cut())) ancestorsMarked_ = false;
-    if (!markNamespaces(ancestor)) return false;
+    if (!element->addSelectedXPath(steps.cut())) ancestorsMarked_ = false;
+    if (!markNamespaces(element)) return false;
+    if (!isDeclared(element)) *last = {};
   }
-  columnsByXPath_[xpath] = column;
   return true;
 }
 
+bool XDMMainImpl::isDeclared(const XDMElemImpl* element) const noexcept {
+  return !element->firstNamespace() || element->declaredInPass() == markingPass_;
+}
+
 bool XDMMainImpl::markNamespaces(XDMElemImpl* element) {
-  if (element->declaredInPass() == markingPass_) return true;
+  if (isDeclared(element)) return true;
   return guarded(this, "(XQuery Namespaces)", nullptr, false, [&] {
     bool recorded = true;
     for (const XDMNSImpl* ns = element->firstNamespace(); ns; ns = XDMElemImpl::next(ns)) {
@@ -92,7 +89,8 @@ bool XDMMainImpl::declareNamespace(const XDMNSImpl& declaration) {
   KvbString& recorded = namespaceMap_[declaration.prefix()];
   if (isEmpty(recorded)) {
     recorded = declaration.uri();
-    return appendToProlog(declaration.prefix(), declaration.uri());
+    appendToProlog(declaration.prefix(), declaration.uri());
+    return true;
   }
   if (recorded.compare(declaration.uri(), true) == 0) return true;
   setErrorMessage(message(unit, __LINE__, 1442, declaration.prefix(), declaration.uri(), recorded));
@@ -100,18 +98,16 @@ bool XDMMainImpl::declareNamespace(const XDMNSImpl& declaration) {
   return false;
 }
 
-bool XDMMainImpl::appendToProlog(const KvbString& prefix, const KvbString& uri) noexcept {
-  bool failed = false;
-  QueryText prolog(namespaceProlog_, failed);
-  if (isEmpty(namespaceProlog_)) prolog << "\n\n";
+void XDMMainImpl::appendToProlog(const KvbString& prefix, const KvbString& uri) {
+  QueryText prolog;
+  if (namespaceProlog_.empty()) prolog << "\n\n";
   if (isEmpty(prefix)) {
     prolog << "declare default element namespace \"";
   } else {
     prolog << "declare namespace " << prefix << " = \"";
   }
   prolog << uri << "\";\n";
-  if (failed) setErrorMessage(message(unit, __LINE__, 29, "(XQuery Namespaces)"));
-  return !failed;
+  namespaceProlog_ += prolog.text();
 }
 
 KvbString* XDMMainImpl::parseXPath(const KvbString& xpath, int* count) noexcept {

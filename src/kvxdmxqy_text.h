@@ -3,38 +3,50 @@
 #ifndef KVXDM_SRC_KVXDMXQY_TEXT_H
 #define KVXDM_SRC_KVXDMXQY_TEXT_H
 
+#include <cstddef>
+#include <initializer_list>
+#include <limits>
+#include <new>
+#include <string>
 #include <string_view>
 
 #include "kvxdmtext.h"
 
-/**
- * Appends to a text. The first append that finds no memory raises the flag, and everything appended from then on is
- * dropped; so a generator only writes and asks for the flag once, at the end. Several texts can share one flag.
- */
+/** Appends to a text. Throws std::bad_alloc, which the operation that asks for the query turns into message 29. */
 class QueryText {
  public:
-  QueryText(KvbString& text, bool& failed) noexcept : text_(text), failed_(failed) {}
-
-  QueryText& operator<<(std::string_view piece) noexcept {
-    if (!failed_) text_.append(piece.data(), static_cast<unsigned>(piece.size()), &failed_);
+  QueryText& operator<<(std::string_view piece) {
+    text_ += piece;
     return *this;
   }
-  QueryText& operator<<(const KvbString& piece) noexcept { return *this << view(piece); }
+  QueryText& operator<<(const KvbString& piece) { return *this << view(piece); }
 
-  unsigned length() const noexcept { return static_cast<unsigned>(text_.length()); }
+  std::string_view text() const noexcept { return text_; }
+  std::size_t length() const noexcept { return text_.size(); }
+  bool empty() const noexcept { return text_.empty(); }
+
   /** Takes back what was appended since the text had this length. */
-  void truncate(unsigned length) { text_.truncate(length); }
-
-  void fail() noexcept { failed_ = true; }
-  bool failed() const noexcept { return failed_; }
+  void truncate(std::size_t length) noexcept { text_.erase(length); }
 
  private:
-  KvbString& text_;
-  bool& failed_;
+  std::string text_;
 };
 
+/** One string of all texts. Throws std::bad_alloc, also when they are longer than a string can be. */
+inline KvbString joined(std::initializer_list<std::string_view> texts) {
+  std::size_t length = 0;
+  for (std::string_view text : texts) length += text.size();
+  bool failed = length > std::numeric_limits<int>::max();
+  KvbString all;
+  for (std::string_view text : texts) {
+    if (!failed) all.append(text.data(), static_cast<unsigned>(text.size()), &failed);
+  }
+  if (failed) throw std::bad_alloc();
+  return all;
+}
+
 /** Begins a query. Without `streaming` the processor is told not to stream. */
-inline void writeQueryHead(QueryText& query, const KvbString& namespaceProlog, bool streaming) noexcept {
+inline void writeQueryHead(QueryText& query, std::string_view namespaceProlog, bool streaming) {
   query << "xquery version \"1.0\";\ndeclare boundary-space preserve;\n" << namespaceProlog;
   if (!streaming) query << "declare option ddtek:xml-streaming \"no\";\n";
 }

@@ -72,24 +72,28 @@ bool liesInRow(XDMElemImpl* element) noexcept {
 class RowQueryWriter {
  public:
   RowQueryWriter(XDMMainImpl& main, const RowOptions& options) noexcept
-      : main_(main), options_(options), rowXPath_(main.decidingElement()->getXPath()) {}
+      : main_(main), options_(options), rowXPath_(view(main.decidingElement()->columnInfo().getXPath())) {}
 
-  /** The query; a null string when memory is exhausted. */
-  KvbString write() noexcept {
-    for (int i = 0; XDMColumnImpl* column = main_.column(i); ++i) writeColumn(column);
+  /** The query. Throws std::bad_alloc. */
+  KvbString write() {
+    for (int i = 0; XDMColumnImpl* column = main_.column(i); ++i) writeColumn(*column);
     writeHead();
-    join();
-    return failed_ ? KvbString() : resultText_;
+    writeFor();
+    // Absolute lets do not depend on the row and stand before it; relative ones need it.
+    const std::string_view outer = options_.relativeLets ? for_.text() : lets_.text();
+    const std::string_view inner = options_.relativeLets ? lets_.text() : for_.text();
+    return joined(
+        {head_.text(), "\n<table>\n{", outer, inner, "\nreturn\n(\n<row>", body_.text(), "\n</row>\n)\n}\n</table>"});
   }
 
  private:
-  void writeColumn(XDMColumnImpl* column) noexcept {
-    const KvbString name = column->getName();
-    const KvbString xpath = column->getXPath();
-    const bool isElement = column->getNode()->nodeType() != 0;
+  void writeColumn(const XDMColumnImpl& column) {
+    const std::string_view name = view(column.name());
+    const std::string_view xpath = view(column.xpath());
+    const bool isElement = column.node()->nodeType() != 0;
     if (isElement) needsGetText_ = true;
     body_ << "<" << name << (isElement ? ">{local:gt(" : ">{string(");
-    if (liesInRow(elementOf(column->getNode()))) {
+    if (liesInRow(elementOf(column.node()))) {
       body_ << "$row" << tailBeyondRow(xpath);
     } else {
       writeLet(name, xpath);
@@ -99,13 +103,11 @@ class RowQueryWriter {
   }
 
   /** As much of the end of `xpath` as it is longer than the row's XPath. */
-  std::string_view tailBeyondRow(const KvbString& xpath) const noexcept {
-    const std::string_view text = view(xpath);
-    const std::size_t rowLength = view(rowXPath_).size();
-    return text.size() > rowLength ? text.substr(rowLength) : std::string_view();
+  std::string_view tailBeyondRow(std::string_view xpath) const noexcept {
+    return xpath.size() > rowXPath_.size() ? xpath.substr(rowXPath_.size()) : std::string_view();
   }
 
-  void writeLet(const KvbString& name, const KvbString& xpath) noexcept {
+  void writeLet(std::string_view name, std::string_view xpath) {
     lets_ << "\nlet $" << name << " := ";
     if (options_.relativeLets) {
       writePathFromRow(xpath);
@@ -115,9 +117,9 @@ class RowQueryWriter {
   }
 
   /** Up from the row to the last common ancestor, and down from there. */
-  void writePathFromRow(const KvbString& xpath) noexcept {
-    XPathSteps rowSteps(view(rowXPath_));
-    XPathSteps columnSteps(view(xpath));
+  void writePathFromRow(std::string_view xpath) {
+    XPathSteps rowSteps(rowXPath_);
+    XPathSteps columnSteps(xpath);
     std::string_view rowStep;
     std::string_view columnStep;
     bool inRow = rowSteps.next(&rowStep);
@@ -131,40 +133,28 @@ class RowQueryWriter {
     for (; inColumn; inColumn = columnSteps.next(&columnStep)) lets_ << "/" << columnStep;
   }
 
-  void writeHead() noexcept {
+  void writeHead() {
     const KvbString variable = main_.getCollectionVariableName();
-    writeQueryHead(result_, main_.namespaceProlog(), options_.streaming);
-    if (!isEmpty(variable)) result_ << "\ndeclare variable $" << variable << " as xs:string external;";
-    if (needsGetText_) result_ << getText[options_.sequenceArgument][options_.keepWhitespace];
+    writeQueryHead(head_, main_.namespaceProlog(), options_.streaming);
+    if (!isEmpty(variable)) head_ << "\ndeclare variable $" << variable << " as xs:string external;";
+    if (needsGetText_) head_ << getText[options_.sequenceArgument][options_.keepWhitespace];
   }
 
-  void join() noexcept {
-    result_ << "\n<table>\n{";
-    // Absolute lets do not depend on the row and stand before it; relative ones need it.
-    if (!options_.relativeLets) result_ << letsText_;
-    writeFor();
-    if (options_.relativeLets) result_ << letsText_;
-    result_ << "\nreturn\n(\n<row>" << bodyText_ << "\n</row>\n)\n}\n</table>";
-  }
-
-  void writeFor() noexcept {
+  void writeFor() {
     const KvbString variable = main_.getCollectionVariableName();
-    result_ << "\nfor $row in ";
-    if (!isEmpty(variable)) result_ << "collection($" << variable << ")";
-    result_ << rowXPath_;
+    for_ << "\nfor $row in ";
+    if (!isEmpty(variable)) for_ << "collection($" << variable << ")";
+    for_ << rowXPath_;
   }
 
   XDMMainImpl& main_;
   const RowOptions options_;
-  const KvbString rowXPath_;
+  const std::string_view rowXPath_;
   bool needsGetText_ = false;
-  bool failed_ = false;
-  KvbString letsText_;
-  KvbString bodyText_;
-  KvbString resultText_;
-  QueryText lets_{letsText_, failed_};
-  QueryText body_{bodyText_, failed_};
-  QueryText result_{resultText_, failed_};
+  QueryText head_;
+  QueryText lets_;
+  QueryText for_;
+  QueryText body_;
 };
 
 }  // namespace
@@ -176,7 +166,7 @@ KvbString XDMMainImpl::genXQueryToColumns(bool streaming, bool sequenceArgument,
       *error = message(unit, __LINE__, root_ ? 1441 : 1423);
       return KvbString();
     }
-    if (!markSelected()) {
+    if (!markSelected(false)) {
       *error = errorMessage_;
       return KvbString();
     }
@@ -184,8 +174,6 @@ KvbString XDMMainImpl::genXQueryToColumns(bool streaming, bool sequenceArgument,
       *error = tryToString("No element decides the row.");
       return KvbString();
     }
-    KvbString query = RowQueryWriter(*this, {streaming, sequenceArgument, relativeLets, keepWhitespace}).write();
-    if (query.isNull()) *error = message(unit, __LINE__, 29, "(XQuery)");
-    return query;
+    return RowQueryWriter(*this, {streaming, sequenceArgument, relativeLets, keepWhitespace}).write();
   });
 }

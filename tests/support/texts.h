@@ -14,6 +14,8 @@ inline std::string str(const KvbString& text) {
   return std::string(text.asCstr(), static_cast<std::size_t>(text.length()));
 }
 
+inline std::string str(std::string_view text) { return std::string(text); }
+
 /** Catalogue message `number` of the library with `arguments`, which are C texts. */
 template <class... Arguments>
 std::string catalogue(int number, const Arguments*... arguments) {

@@ -8,6 +8,7 @@
 #include <new>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "allocation_faults.h"
@@ -18,6 +19,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::IsSupersetOf;
+using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 
 using Extent = AllocationFaults::Extent;
@@ -46,7 +48,7 @@ class Reports {
 const KvbString none = kv("");
 const KvbString name = kv("a name that is too long to be held in place");
 const KvbString prefix = kv("p");
-const KvbString step = kv("step");
+const KvbString step = kv("a step that is too long to be held in place");
 const std::string noXPath = catalogue(29, "(XPath)");
 
 // The tree
@@ -291,16 +293,17 @@ TEST(ExhaustedXPath, IsNotCutIntoSteps) {
   EXPECT_THAT(reports.texts, UnorderedElementsAre(catalogue(29, "(XPath step array)")));
 }
 
-/** Adds a step to the node that `nodeOf` takes from a model, and gives the texts of the failures. */
+/** Adds a second step to the node that `nodeOf` takes from a model, and gives the texts of the failures. */
 template <class NodeOf>
 std::set<std::string> addStepReports(NodeOf nodeOf) {
   Reports reports;
   sweepAllocationFaults([&](long nth, Extent extent) {
     Model model;
     auto* node = nodeOf(model);
+    node->addSelectedXPath(kv("first"));
     bool added = false;
     bool met = withFaults(nth, extent, [&] { added = node->addSelectedXPath(step); });
-    EXPECT_EQ(node->getSelectedXPaths(), added ? 1 : 0);
+    EXPECT_EQ(node->getSelectedXPaths(), added ? 2 : 1);
     if (!added) reports.add(extent, model.main.errorMessage());
     return met;
   });
@@ -309,13 +312,42 @@ std::set<std::string> addStepReports(NodeOf nodeOf) {
 
 TEST(ExhaustedStep, OfAnElementIsReportedInWords) {
   EXPECT_THAT(addStepReports([](Model& model) { return model.root; }),
-              UnorderedElementsAre("Failed to allocate memory to hold XPath step 'step'.",
-                                   "Failed to capture XPath step 'step'."));
+              UnorderedElementsAre("Failed to allocate memory to hold XPath step '" + str(step) + "'.",
+                                   "Failed to capture XPath step '" + str(step) + "'."));
 }
 
 TEST(ExhaustedStep, OfAnAttributeIsReportedByNumber) {
   EXPECT_THAT(addStepReports([](Model& model) { return addAttribute(model.root, "id"); }),
-              UnorderedElementsAre(catalogue(29, "(XPath Step)"), catalogue(1434, "(XPath Step)", "step")));
+              UnorderedElementsAre(catalogue(29, "(XPath Step)"), catalogue(1434, "(XPath Step)", step.asCstr())));
+}
+
+// An ancestor's step is missed only by the query that goes by these steps, after all columns are marked.
+TEST(ExhaustedStep, OfAnAncestorIsReportedByTheQueryFromRows) {
+  std::set<std::pair<std::string, std::string>> texts;
+  sweepAllocationFaults([&](long nth, Extent extent) {
+    Model model(name.asCstr());
+    addChild(model.root, "b")->selectAsColumn(none, false);
+    KvbString error;
+    bool met = withFaults(nth, extent, [&] { model.main.genXQueryFromColumns(false, false, &error); });
+    texts.emplace(model.error(), str(error));
+    return met;
+  });
+  EXPECT_THAT(texts, Contains(Pair("Failed to allocate memory to hold XPath step '" + str(name) + "'.",
+                                   catalogue(29, "(XQuery)"))));
+}
+
+// What is allocated last is the query as a whole.
+TEST(ExhaustedQuery, FromRowsThatCannotBePutTogetherIsReported) {
+  std::string last;
+  sweepAllocationFaults([&](long nth, Extent extent) {
+    Model model;
+    addChild(model.root, "b")->selectAsColumn(none, false);
+    KvbString query, error;
+    bool met = withFaults(nth, extent, [&] { query = model.main.genXQueryFromColumns(true, false, &error); });
+    if (extent == Extent::once && query.length() == 0) last = str(error);
+    return met;
+  });
+  EXPECT_EQ(last, catalogue(29, "(XQuery)"));
 }
 
 // The document

@@ -45,6 +45,14 @@ long allocationsOfTheParse(const KvbString& file) {
   return allocationsSoFar() - before;
 }
 
+/** Imports `file` once, for what is made at the first import of a process. */
+void importOnce(const KvbString& file) {
+  XDMMainImpl* main = new XDMMainImpl(0);
+  KvbString error;
+  EXPECT_TRUE(main->createFromXMLMap(file, KvbString(), KvbString(), 0, &error)) << str(error);
+  main->release();
+}
+
 /** Imports `map` with every allocation behind the parse failing in turn; returns the error texts that came of single
  * failures. */
 std::set<std::string> errorsOfASweep(const std::string& map, std::string_view groupBy, unsigned flags) {
@@ -52,6 +60,7 @@ std::set<std::string> errorsOfASweep(const std::string& map, std::string_view gr
   TemporaryFolder folder;
   const KvbString file = kv(folder.write("map.xml", map));
   const KvbString group = kv(groupBy);
+  importOnce(file);
   const long parse = allocationsOfTheParse(file);
   sweepAllocationFaults([&](long nth, AllocationFaults::Extent extent) {
     XDMMainImpl* main = new XDMMainImpl(0);

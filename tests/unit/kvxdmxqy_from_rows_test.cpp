@@ -4,6 +4,7 @@
 #include "allocation_faults.h"
 #include "from_rows_model.h"
 #include "kvxdmcol.h"
+#include "kvxdmxqy_text.h"
 #include "model.h"
 
 namespace {
@@ -104,40 +105,40 @@ class GroupForLoopTest : public testing::Test {
   XDMColumnImpl* column(const char* name, int level) {
     return static_cast<XDMColumnImpl*>(model.main.selectAsColumn(model.root, kv(name), level));
   }
-  bool build(XDMColumnImpl* column) { return model.main.buildGroupForLoop(column, predicate, loop, closing); }
+  void build(XDMColumnImpl* column) { model.main.buildGroupForLoop(column, predicate, loop, closing); }
 
   Model model;
-  KvbString predicate, loop, closing;
+  QueryText predicate, loop, closing;
 };
 
 TEST_F(GroupForLoopTest, PlainColumnWritesNothing) {
-  EXPECT_TRUE(build(column("c", 0)));
-  EXPECT_EQ(str(predicate) + str(loop) + str(closing), "");
+  build(column("c", 0));
+  EXPECT_TRUE(predicate.empty() && loop.empty() && closing.empty());
 }
 
 TEST_F(GroupForLoopTest, FirstGroupColumnLoopsOverAllRows) {
-  EXPECT_TRUE(build(column("dept", 1)));
-  EXPECT_EQ(str(loop), "for $dept in distinct-values(/table/row/dept)\nreturn\n(");
-  EXPECT_EQ(str(predicate), "dept = $dept");
-  EXPECT_EQ(str(closing), ")");
+  build(column("dept", 1));
+  EXPECT_EQ(loop.text(), "for $dept in distinct-values(/table/row/dept)\nreturn\n(");
+  EXPECT_EQ(predicate.text(), "dept = $dept");
+  EXPECT_EQ(closing.text(), ")");
 }
 
 TEST_F(GroupForLoopTest, NextGroupColumnLoopsOverTheRowsOfTheGroup) {
-  EXPECT_TRUE(build(column("dept", 1)));
-  EXPECT_TRUE(build(column("team", 1)));
-  EXPECT_EQ(str(loop),
+  build(column("dept", 1));
+  build(column("team", 1));
+  EXPECT_EQ(loop.text(),
             "for $dept in distinct-values(/table/row/dept)\nreturn\n("
             "for $team in distinct-values(/table/row[dept = $dept]/team)\nreturn\n(");
-  EXPECT_EQ(str(predicate), "dept = $dept and team = $team");
-  EXPECT_EQ(str(closing), "))");
+  EXPECT_EQ(predicate.text(), "dept = $dept and team = $team");
+  EXPECT_EQ(closing.text(), "))");
 }
 
-TEST_F(GroupForLoopTest, ExhaustedMemoryFailsWithoutAMessage) {
+TEST_F(GroupForLoopTest, ExhaustedMemoryIsThrownWithoutAMessage) {
   XDMColumnImpl* dept = column("dept", 1);
   model.main.setErrorMessage(kv("before"));
   {
     AllocationFaults faults(1, AllocationFaults::Extent::once);
-    EXPECT_FALSE(build(dept));
+    EXPECT_THROW(build(dept), std::bad_alloc);
   }
   EXPECT_EQ(model.error(), "before");
 }

@@ -10,11 +10,9 @@
 namespace {
 
 std::string declared(int requested) {
-  KvbString text;
-  bool failed = false;
-  QueryText query(text, failed);
+  QueryText query;
   declareFunctions(static_cast<short>(requested), query);
-  return str(text);
+  return str(query.text());
 }
 
 bool declares(const FromRowsQuery& query, std::string_view function) {

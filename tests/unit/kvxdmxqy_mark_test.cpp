@@ -119,8 +119,26 @@ TEST_F(Marking, OfTwoColumnsWithEqualXPathsTheLaterOneIsFound) {
   select(c1);
   XDMColumnImpl* later = select(c1);
   ASSERT_TRUE(model.main.markSelected());
-  EXPECT_EQ(model.main.columnByXPath(kv("/a/b/r/c1")), later);
-  EXPECT_EQ(model.main.columnByXPath(kv("/a/b")), nullptr);
+  EXPECT_EQ(model.main.columnByXPath("/a/b/r/c1"), later);
+  EXPECT_EQ(model.main.columnByXPath("/a/b"), nullptr);
+}
+
+TEST_F(Marking, ForAQueryThatLooksNoneUpNoColumnIsEntered) {
+  select(c1);
+  ASSERT_TRUE(model.main.markSelected());
+  ASSERT_TRUE(model.main.markSelected(false));
+  EXPECT_EQ(model.main.columnByXPath("/a/b/r/c1"), nullptr);
+  EXPECT_EQ(stepsOf(r), Steps{"r"});
+}
+
+TEST_F(Marking, ColumnsOfOneElementMarkItsAncestorsByTheirOwnPaths) {
+  select(c1, "/a/b[1]/r/c1");
+  select(c2, "/a/b[2]/r/c2");
+  select(c1, "/a[3]/b[2]/r/c1");
+  ASSERT_TRUE(model.main.markSelected());
+  EXPECT_EQ(stepsOf(r), Steps{"r"});
+  EXPECT_EQ(stepsOf(b), (Steps{"b[1]", "b[2]"}));
+  EXPECT_EQ(stepsOf(a), (Steps{"a", "a[3]"}));
 }
 
 TEST_F(Marking, ASecondPassLeavesNoTraceOfARemovedColumn) {
@@ -137,7 +155,7 @@ TEST_F(Marking, ASecondPassLeavesNoTraceOfARemovedColumn) {
   EXPECT_FALSE(r->hasSelectedChild());
   EXPECT_FALSE(b->hasSelectedChild());
   EXPECT_TRUE(a->hasSelectedChild());
-  EXPECT_EQ(model.main.columnByXPath(kv("/a/b/r/c1")), nullptr);
+  EXPECT_EQ(model.main.columnByXPath("/a/b/r/c1"), nullptr);
 }
 
 TEST_F(Marking, ClearingVisitsTheAttributesOfAnElementWithoutSelectedChild) {
@@ -211,6 +229,14 @@ TEST_F(Marking, APrefixWithTheSameURITwiceIsDeclaredOnce) {
   EXPECT_EQ(str(model.main.namespaceProlog()), "\n\ndeclare namespace p = \"urn:p\";\n");
 }
 
+TEST_F(Marking, URIsThatDifferInCaseAreTwo) {
+  a->createNamespace(kv("p"), kv("urn:p"));
+  r->createNamespace(kv("p"), kv("urn:P"));
+  select(c1);
+  EXPECT_FALSE(model.main.markSelected());
+  EXPECT_EQ(model.error(), catalogue(1442, "p", "urn:p", "urn:P"));
+}
+
 TEST_F(Marking, APrefixWithTwoURIsIs1442AndKeepsTheLinesWritten) {
   a->createNamespace(kv("p"), kv("urn:1"));
   r->createNamespace(kv("p"), kv("urn:2"));
@@ -278,11 +304,29 @@ TEST(SelectedSteps, AreDistinctInOrderOfArrivalAndEmptyAfterClear) {
   SelectedSteps steps;
   for (const char* step : {"b", "a", "b"}) EXPECT_EQ(steps.add(step), SelectedSteps::Added::yes);
   ASSERT_EQ(steps.getCount(), 2);
-  EXPECT_EQ(str(steps.get(0)), "b");
-  EXPECT_EQ(str(steps.get(1)), "a");
-  EXPECT_EQ(str(steps.get(2)), "");
+  EXPECT_EQ(steps.get(0), "b");
+  EXPECT_EQ(steps.get(1), "a");
+  EXPECT_EQ(steps.get(2), "");
+  EXPECT_EQ(steps.get(-1), "");
   steps.clear();
   EXPECT_EQ(steps.getCount(), 0);
+}
+
+TEST(SelectedSteps, TakeOthersAfterClear) {
+  SelectedSteps steps;
+  for (const char* step : {"a step that is long enough for memory of its own", "b"}) steps.add(step);
+  steps.clear();
+  steps.add("c");
+  ASSERT_EQ(steps.getCount(), 1);
+  EXPECT_EQ(steps.get(0), "c");
+}
+
+TEST(SelectedSteps, CountAnEmptyStepOnce) {
+  SelectedSteps steps;
+  for (const char* step : {"", "a", ""}) steps.add(step);
+  ASSERT_EQ(steps.getCount(), 2);
+  EXPECT_EQ(steps.get(0), "");
+  EXPECT_EQ(steps.get(1), "a");
 }
 
 }  // namespace

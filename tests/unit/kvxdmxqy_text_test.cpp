@@ -8,65 +8,59 @@
 
 namespace {
 
-class QueryTextTest : public testing::Test {
- protected:
-  void appendWithoutMemory(QueryText& query) {
-    AllocationFaults faults(1, AllocationFaults::Extent::once);
-    query << std::string_view(long_);
-  }
-
-  const std::string long_ = std::string(10000, 'x');
-  KvbString text = kv("a");
-  bool failed = false;
-  QueryText query{text, failed};
-};
-
-TEST_F(QueryTextTest, AppendsLiteralsAndStrings) {
-  query << "b" << kv("c") << KvbString() << std::string_view("de").substr(1);
-  EXPECT_EQ(str(text), "abce");
-  EXPECT_EQ(query.length(), 4U);
-  EXPECT_FALSE(query.failed());
+TEST(QueryTextTest, AppendsLiteralsAndStrings) {
+  QueryText query;
+  query << "a" << kv("b") << KvbString() << std::string_view("cd").substr(1);
+  EXPECT_EQ(query.text(), "abd");
+  EXPECT_EQ(query.length(), 3U);
+  EXPECT_FALSE(query.empty());
 }
 
-TEST_F(QueryTextTest, TakesBackWhatWasAppended) {
-  query << "bcd";
+TEST(QueryTextTest, TakesBackWhatWasAppended) {
+  QueryText query;
+  query << "abcd";
   query.truncate(2);
-  EXPECT_EQ(str(text), "ab");
+  EXPECT_EQ(query.text(), "ab");
 }
 
-TEST_F(QueryTextTest, FailureSticksAndLaterAppendsAreDropped) {
-  appendWithoutMemory(query);
-  query << "b";
-  EXPECT_TRUE(query.failed());
-  EXPECT_EQ(str(text), "a");
+TEST(QueryTextTest, ExhaustedMemoryIsThrownAndLeavesTheText) {
+  const std::string longText(10000, 'x');
+  QueryText query;
+  query << "a";
+  {
+    AllocationFaults faults(1, AllocationFaults::Extent::once);
+    EXPECT_THROW(query << std::string_view(longText), std::bad_alloc);
+  }
+  EXPECT_EQ(query.text(), "a");
 }
 
-TEST_F(QueryTextTest, TextsCanShareOneFlag) {
-  KvbString other;
-  appendWithoutMemory(query);
-  QueryText(other, failed) << "b";
-  EXPECT_EQ(str(other), "");
+TEST(JoinedTexts, AreOneString) {
+  EXPECT_EQ(str(joined({"ab", "", "c"})), "abc");
+  EXPECT_EQ(str(joined({})), "");
 }
 
-TEST_F(QueryTextTest, FailureCanBeReported) {
-  query.fail();
-  EXPECT_TRUE(failed);
+TEST(JoinedTexts, WithoutMemoryAreRefused) {
+  AllocationFaults faults(1, AllocationFaults::Extent::once);
+  EXPECT_THROW(joined({"ab", "c"}), std::bad_alloc);
 }
 
-TEST_F(QueryTextTest, HeadCarriesThePrologAndWithoutStreamingTheOption) {
-  KvbString head;
-  QueryText headText(head, failed);
-  writeQueryHead(headText, kv("\n\nPROLOG\n"), false);
-  EXPECT_EQ(str(head),
+TEST(JoinedTexts, LongerThanAStringCanBeAreRefused) {
+  const std::string_view tooLong("x", std::size_t{1} << 31);  // its size alone is looked at
+  EXPECT_THROW(joined({"ab", tooLong}), std::bad_alloc);
+}
+
+TEST(QueryHead, CarriesThePrologAndWithoutStreamingTheOption) {
+  QueryText head;
+  writeQueryHead(head, "\n\nPROLOG\n", false);
+  EXPECT_EQ(head.text(),
             "xquery version \"1.0\";\ndeclare boundary-space preserve;\n\n\nPROLOG\n"
             "declare option ddtek:xml-streaming \"no\";\n");
 }
 
-TEST_F(QueryTextTest, HeadWithStreamingHasNoOption) {
-  KvbString head;
-  QueryText headText(head, failed);
-  writeQueryHead(headText, KvbString(), true);
-  EXPECT_EQ(str(head), "xquery version \"1.0\";\ndeclare boundary-space preserve;\n");
+TEST(QueryHead, WithStreamingHasNoOption) {
+  QueryText head;
+  writeQueryHead(head, "", true);
+  EXPECT_EQ(head.text(), "xquery version \"1.0\";\ndeclare boundary-space preserve;\n");
 }
 
 }  // namespace
