@@ -18,6 +18,7 @@ check_packages=(ccache clang clang-format clang-tidy libclang-rt-14-dev)
 debian_packages=(dpkg-dev fakeroot lintian)
 abi_packages=(abigail-tools)
 reference_packages=(doxygen)
+valgrind_packages=(valgrind)
 benchmark_packages=(libbenchmark-dev libpugixml-dev libxml2-dev valgrind)
 
 is_installed() {

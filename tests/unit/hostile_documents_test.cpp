@@ -10,8 +10,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdarg>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -127,6 +129,10 @@ std::string withReplaced(std::string text, const std::string& what, const std::s
 }
 
 class HostileDeclaration : public testing::TestWithParam<Declaration> {
+ public:
+  // The greatest of all refusals, in the report of a run of the whole program.
+  static void TearDownTestSuite() { RecordProperty("microseconds", static_cast<int>(slowestRefusal_)); }
+
  protected:
   HostileDeclaration() {
     // The first document makes the parser begin, which looks for the system's settings.
@@ -145,10 +151,15 @@ class HostileDeclaration : public testing::TestWithParam<Declaration> {
 
   bool isAccepted() const { return *GetParam().refusal == '\0'; }
 
-  /** Counts from here on what is opened. */
-  static void watch() {
+  /** Whether `read` succeeds; counts what it opens, and measures the processor's time when it does not. */
+  template <class Read>
+  static bool reads(Read read) {
     openedFiles = 0;
     openedSockets = 0;
+    const std::clock_t begin = std::clock();
+    const bool accepted = read();
+    if (!accepted) slowestRefusal_ = std::max(slowestRefusal_, (std::clock() - begin) * 1'000'000 / CLOCKS_PER_SEC);
+    return accepted;
   }
 
   static void expectOpened(int files) {
@@ -161,12 +172,14 @@ class HostileDeclaration : public testing::TestWithParam<Declaration> {
   const std::string subset_ = folder_.write("subset.dtd", "<!ATTLIST element name CDATA 'from the subset'>");
   XDMMainPtr main_{kvxdmCreateMain(0)};
   KvbString error_;
+
+ private:
+  static inline long slowestRefusal_ = 0;
 };
 
 TEST_P(HostileDeclaration, InATextOpensNothing) {
   const KvbString text = kv(model());
-  watch();
-  EXPECT_EQ(main_->loadFromXML(text, &error_), isAccepted());
+  EXPECT_EQ(reads([&] { return main_->loadFromXML(text, &error_); }), isAccepted());
   expectOpened(0);
   EXPECT_EQ(str(error_), isAccepted() ? "" : catalogue(1429));
 }
@@ -174,8 +187,7 @@ TEST_P(HostileDeclaration, InATextOpensNothing) {
 TEST_P(HostileDeclaration, InAFileOpensThatFileOnly) {
   const std::string path = folder_.write("model.xdm", model());
   const KvbString file = kv(path);
-  watch();
-  EXPECT_EQ(main_->loadFromFile(file, &error_), isAccepted());
+  EXPECT_EQ(reads([&] { return main_->loadFromFile(file, &error_); }), isAccepted());
   expectOpened(1);
   EXPECT_EQ(str(error_), isAccepted() ? "" : catalogue(1428, path.c_str()));
 }
@@ -183,8 +195,7 @@ TEST_P(HostileDeclaration, InAFileOpensThatFileOnly) {
 TEST_P(HostileDeclaration, InAMapOpensThatMapOnly) {
   const std::string path = folder_.write("map.xml", map());
   const KvbString file = kv(path), none;
-  watch();
-  EXPECT_FALSE(main_->createFromXMLMap(file, none, none, 0, &error_));
+  EXPECT_FALSE(reads([&] { return main_->createFromXMLMap(file, none, none, 0, &error_); }));
   expectOpened(1);
   // An accepted map has no tables; a refused one says at which place, which lies in the first declaration.
   const std::string expected = isAccepted() ? catalogue(1450, path.c_str()) : GetParam().refusal;

@@ -91,9 +91,11 @@ TEST_F(Load, AcceptsVersionsUpToOne) {
 TEST_F(Load, IgnoresWhatItDoesNotKnow) {
   load(R"(<xdm version="1.0" other="x">text
       <element name="a" other="x" uri="urn:never">text<other/><attribute name="id"><element name="no"/></attribute>
-        <xdm/><Element name="no"/><element name="b"/><!-- comment --></element></xdm>)");
+        <xdm/><Element name="no"/><Attribute name="no"/><Namespace prefix="no" uri="no"/>
+        <element name="b"/><!-- comment --></element></xdm>)");
   EXPECT_THAT(childNames(root()), ElementsAre("b"));
   EXPECT_EQ(root()->firstAttribute()->getNextSibling(), nullptr);
+  EXPECT_EQ(root()->getNamespaces(), 0);
   EXPECT_EQ(root()->getNamespace(), nullptr);
 }
 
@@ -262,6 +264,7 @@ TEST_F(LoadFailure, OfTheDocumentIsReportedInBothPlacesAndMakesNoRoot) {
            {document(""), catalogue(1425)},
            {document("text"), catalogue(1425)},
            {document("<attribute name='a'/>"), catalogue(1426, "xdm", "element")},
+           {document("<Element name='a'/>"), catalogue(1426, "xdm", "element")},
            {document("<other/><element name='a'/>"), catalogue(1426, "xdm", "element")},
            {document("<element name='a'/><element name='b'/>"), catalogue(1427, "xdm")},
            {document("<element name='a'/><other/>"), catalogue(1427, "xdm")},

@@ -174,6 +174,7 @@ TEST_F(ValidatedXPath, NamesTheStepThatWasNotFound) {
   for (const Refused& refused : {
            Refused{"/b", "b"},          // another root
            Refused{"/A", "A"},          // case matters
+           Refused{"/a/B", "B"},        // here too
            Refused{"/a/z", "z"},        // no such child
            Refused{"/a/z/d", "z"},      // the first step that fails counts
            Refused{"/a/b/d/f", "f"},    // below a leaf

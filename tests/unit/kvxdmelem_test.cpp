@@ -229,6 +229,7 @@ TEST_F(CreateNamespace, LookUpReachesTheRoot) {
   XDMElemImpl* grandchild = addChild(addChild(root, "b"), "c");
   EXPECT_EQ(grandchild->lookupNamespace(kv("p")), declaration);
   EXPECT_EQ(grandchild->lookupNamespace(kv("q")), nullptr);
+  EXPECT_EQ(grandchild->lookupNamespace(kv("P")), nullptr);
 }
 
 TEST_F(CreateNamespace, LookUpTakesTheNearestDeclaration) {

@@ -218,7 +218,7 @@ TEST_F(PlainPath, GivesARootWithAPrefixItsNamespace) {
 TEST_F(PlainPath, GivesTheRootTheLastOfSeveralFittingDeclarations) {
   setOutput(
       "<OUTPUT><HEADING><ATTRIBUTE name='xmlns:p' value='1'/><ATTRIBUTE name='xmlns:p' value='2'/>"
-      "<ATTRIBUTE name='xmlns:q' value='3'/></HEADING></OUTPUT>");
+      "<ATTRIBUTE name='xmlns:q' value='3'/><ATTRIBUTE name='xmlns:P' value='4'/></HEADING></OUTPUT>");
   build("/p:doc");
   EXPECT_EQ(str(main_->root()->getNamespace()->getURI()), "2");
 }
