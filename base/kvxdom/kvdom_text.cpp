@@ -51,14 +51,16 @@ constexpr bool isNameStart(unsigned char byte) {
   return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || byte == ':' || byte >= 0x80;
 }
 
-constexpr auto nameBytes = [] {
+constexpr std::array<bool, 256> tableOfNameBytes() {
   std::array<bool, 256> table{};
   for (unsigned byte = 0; byte < table.size(); ++byte) {
     table[byte] =
         isNameStart(static_cast<unsigned char>(byte)) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
   }
   return table;
-}();
+}
+
+constexpr std::array<bool, 256> nameBytes = tableOfNameBytes();
 
 bool isNameByte(unsigned char byte) { return nameBytes[byte]; }
 
