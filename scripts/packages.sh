@@ -19,7 +19,7 @@ debian_packages=(dpkg-dev fakeroot lintian)
 abi_packages=(abigail-tools)
 reference_packages=(doxygen)
 valgrind_packages=(valgrind)
-benchmark_packages=(libbenchmark-dev libpugixml-dev libxml2-dev valgrind)
+benchmark_packages=(libbenchmark-dev libpugixml-dev libxml2-dev valgrind procps)
 
 is_installed() {
   [[ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
