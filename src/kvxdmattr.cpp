@@ -13,10 +13,8 @@ constexpr char unit[] = "kvxdmattr";
 
 }  // namespace
 
-XDMAttrImpl::XDMAttrImpl(XDMElemImpl* parent, const KvbString& localName) noexcept : parent_(parent) {
-  columnInfo_.setXDM(parent->mainImpl());
-  columnInfo_.setLocalName(localName);
-}
+XDMAttrImpl::XDMAttrImpl(XDMElemImpl* parent, const KvbString& localName) noexcept
+    : XDMNodeImpl(parent->mainImpl(), localName), parent_(parent) {}
 
 XDMAttrImpl::~XDMAttrImpl() = default;
 
@@ -24,37 +22,9 @@ int XDMAttrImpl::nodeType() { return 0; }
 
 XDMElement* XDMAttrImpl::getChild() { return nullptr; }
 
-XDMMain* XDMAttrImpl::getMain() { return mainImpl(); }
-
 XDMNode* XDMAttrImpl::getNextSibling() { return parent_->getNextAttribute(this); }
 
 XDMElement* XDMAttrImpl::getParent() { return parent_; }
-
-KvbString XDMAttrImpl::getDefault() { return columnInfo_.getDefault(); }
-
-KvbString XDMAttrImpl::getFormat() { return columnInfo_.getFormat(); }
-
-KvbString XDMAttrImpl::getInformat() { return columnInfo_.getInformat(); }
-
-KvbString XDMAttrImpl::getLocalName() { return columnInfo_.getLocalName(); }
-
-int XDMAttrImpl::getMaximumLength() { return columnInfo_.getMaximumLength(); }
-
-XDMNamespace* XDMAttrImpl::getNamespace() { return columnInfo_.getNamespace(); }
-
-kvbType XDMAttrImpl::getType() { return columnInfo_.getType(); }
-
-KvbString XDMAttrImpl::getValidValue(int index) { return columnInfo_.getValidValue(index); }
-
-int XDMAttrImpl::getValidValues() { return columnInfo_.getValidValues(); }
-
-KvbString XDMAttrImpl::getXPath() { return columnInfo_.getXPath(); }
-
-XDMColumn* XDMAttrImpl::selectAsColumn(const KvbString& name, bool isGroupBy) {
-  return mainImpl()->selectAsColumn(this, name, isGroupBy ? 1 : 0);
-}
-
-XDMMainImpl* XDMAttrImpl::mainImpl() const noexcept { return parent_->mainImpl(); }
 
 NodeKey XDMAttrImpl::key() const noexcept {
   const XDMNSImpl* ns = implOf(columnInfo_.getNamespace());
@@ -69,13 +39,6 @@ void XDMAttrImpl::setNamespace(XDMNamespace* ns) noexcept {
 bool XDMAttrImpl::setDefault(const KvbString& value) noexcept {
   KvbString text;
   if (columnInfo_.setDefault(value, &text)) return true;
-  mainImpl()->setErrorMessage(text);
-  return false;
-}
-
-bool XDMAttrImpl::setXPath(const KvbString& xpath) {
-  KvbString text;
-  if (columnInfo_.setXPath(xpath, false, &text)) return true;
   mainImpl()->setErrorMessage(text);
   return false;
 }

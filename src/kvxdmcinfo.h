@@ -18,6 +18,7 @@ class XDMColumnInfo {
   XDMColumnInfo& operator=(const XDMColumnInfo&) = delete;
 
   void setXDM(XDMMainImpl* main) noexcept { main_ = main; }
+  XDMMainImpl* main() const noexcept { return main_; }
 
   void setLocalName(const KvbString& localName) noexcept { localName_ = localName; }
   const KvbString& getLocalName() const noexcept { return localName_; }

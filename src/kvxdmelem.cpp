@@ -84,9 +84,7 @@ void deleteItems(const XDMList& list) noexcept {
 
 XDMElemImpl::XDMElemImpl(XDMMainImpl* main, XDMElemImpl* parent, const KvbString& prefix,
                          const KvbString& localName) noexcept
-    : main_(main), parent_(parent), depth_(parent ? parent->depth_ + 1 : 1) {
-  columnInfo_.setXDM(main);
-  columnInfo_.setLocalName(localName);
+    : XDMNodeImpl(main, localName), parent_(parent), depth_(parent ? parent->depth_ + 1 : 1) {
   columnInfo_.setType(characterString);
   setXPath(buildXPath(main, parent, "/", view(prefix), localName));
 }
@@ -103,35 +101,9 @@ int XDMElemImpl::nodeType() { return 1; }
 
 XDMElement* XDMElemImpl::getChild() { return firstChild(); }
 
-XDMMain* XDMElemImpl::getMain() { return main_; }
-
 XDMNode* XDMElemImpl::getNextSibling() { return next_; }
 
 XDMElement* XDMElemImpl::getParent() { return parent_; }
-
-KvbString XDMElemImpl::getDefault() { return columnInfo_.getDefault(); }
-
-KvbString XDMElemImpl::getFormat() { return columnInfo_.getFormat(); }
-
-KvbString XDMElemImpl::getInformat() { return columnInfo_.getInformat(); }
-
-KvbString XDMElemImpl::getLocalName() { return columnInfo_.getLocalName(); }
-
-int XDMElemImpl::getMaximumLength() { return columnInfo_.getMaximumLength(); }
-
-XDMNamespace* XDMElemImpl::getNamespace() { return columnInfo_.getNamespace(); }
-
-kvbType XDMElemImpl::getType() { return columnInfo_.getType(); }
-
-KvbString XDMElemImpl::getValidValue(int index) { return columnInfo_.getValidValue(index); }
-
-int XDMElemImpl::getValidValues() { return columnInfo_.getValidValues(); }
-
-KvbString XDMElemImpl::getXPath() { return columnInfo_.getXPath(); }
-
-XDMColumn* XDMElemImpl::selectAsColumn(const KvbString& name, bool isGroupBy) {
-  return main_->selectAsColumn(this, name, isGroupBy ? 1 : 0);
-}
 
 // XDMElement
 
@@ -155,7 +127,7 @@ XDMNamespace* XDMElemImpl::getNextNamespace(XDMNamespace* previous) {
 
 bool XDMElemImpl::setDecidesRow(bool decides) {
   decidesRow_ = decides;
-  return main_->setDecidesRow(this);
+  return mainImpl()->setDecidesRow(this);
 }
 
 // Children
@@ -166,7 +138,7 @@ XDMElemImpl* XDMElemImpl::createChild(const KvbString& prefix, const KvbString& 
     return found;
   }
   std::unique_ptr<XDMElemImpl> child;
-  if (depth_ < deepest) child.reset(new (std::nothrow) XDMElemImpl(main_, this, prefix, localName));
+  if (depth_ < deepest) child.reset(new (std::nothrow) XDMElemImpl(mainImpl(), this, prefix, localName));
   if (!child) return fail("createChild() failed to instantiate a new child");
   if (const char* failure = linkChild(child.get())) return fail(failure);
   *created = true;
@@ -287,7 +259,7 @@ XDMAttrImpl* XDMElemImpl::createAttribute(XDMNamespace* ns, const KvbString& loc
   std::unique_ptr<XDMAttrImpl> attribute(new (std::nothrow) XDMAttrImpl(this, localName));
   if (!attribute) return fail("createAttribute() failed to instantiate a new attribute");
   attribute->columnInfo_.setNamespace(ns);
-  const KvbString xpath = buildXPath(main_, this, "/@", prefixOf(ns), localName);
+  const KvbString xpath = buildXPath(mainImpl(), this, "/@", prefixOf(ns), localName);
   if (isEmpty(xpath)) return nullptr;
   attribute->setXPath(xpath);
   if (!appendLinked(&attributes_, attribute.get(), &XDMAttrImpl::next_)) {
@@ -337,15 +309,8 @@ void XDMElemImpl::setNamespace(XDMNamespace* ns) noexcept {
   columnInfo_.setNamespace(ns);
 }
 
-bool XDMElemImpl::setXPath(const KvbString& xpath) {
-  KvbString text;
-  if (columnInfo_.setXPath(xpath, false, &text)) return true;
-  main_->setErrorMessage(text);
-  return false;
-}
-
 std::nullptr_t XDMElemImpl::fail(const char* text) noexcept {
-  main_->setErrorMessage(tryToString(text));
+  mainImpl()->setErrorMessage(tryToString(text));
   return nullptr;
 }
 
@@ -360,11 +325,11 @@ bool XDMElemImpl::addSelectedXPath(std::string_view step) noexcept {
     case SelectedSteps::Added::yes:
       return true;
     case SelectedSteps::Added::noMemoryForStep:
-      main_->setErrorMessage(
+      mainImpl()->setErrorMessage(
           kvbStringFormat("Failed to allocate memory to hold XPath step '%s'.", tryToString(step).asCstr()));
       return false;
     case SelectedSteps::Added::noMemoryForList:
-      main_->setErrorMessage(kvbStringFormat("Failed to capture XPath step '%s'.", tryToString(step).asCstr()));
+      mainImpl()->setErrorMessage(kvbStringFormat("Failed to capture XPath step '%s'.", tryToString(step).asCstr()));
       return false;
   }
   return false;
@@ -388,14 +353,14 @@ void XDMElemImpl::clearSelectedXPaths() noexcept {
 }
 
 int XDMElemImpl::parentOfDecidingRow() noexcept {
-  if (decidingRowDistance_ != 0 || noRowBelow_ == main_->rowMarkVersion()) return decidingRowDistance_;
+  if (decidingRowDistance_ != 0 || noRowBelow_ == mainImpl()->rowMarkVersion()) return decidingRowDistance_;
   for (XDMElemImpl* child = firstChild(); child; child = child->next_) {
     if (child->decidesRow_) return decidingRowDistance_ = 1;
     const int distance = child->parentOfDecidingRow();
     if (distance != 0) return decidingRowDistance_ = distance + 1;
   }
   // A new child decides no row, so this holds until a row mark changes.
-  noRowBelow_ = main_->rowMarkVersion();
+  noRowBelow_ = mainImpl()->rowMarkVersion();
   return 0;
 }
 
@@ -407,11 +372,13 @@ bool XDMElemImpl::toDOM(KvDomNode& parent) {
   if (node.null()) return false;
   const char* localName = columnInfo_.getLocalName().asCstr();
   if (!node.setAttributeValue(names.occurs, occursText(maxOccurrences_))) {
-    main_->setErrorMessage(kvbStringFormat("Unable to include 'occurs' attribute value for element '%s'.", localName));
+    mainImpl()->setErrorMessage(
+        kvbStringFormat("Unable to include 'occurs' attribute value for element '%s'.", localName));
     return false;
   }
   if (decidesRow_ && !node.setAttributeValue(names.decides, names.yes)) {
-    main_->setErrorMessage(kvbStringFormat("Unable to include 'decides' attribute value for element '%s'.", localName));
+    mainImpl()->setErrorMessage(
+        kvbStringFormat("Unable to include 'decides' attribute value for element '%s'.", localName));
     return false;
   }
   for (XDMNSImpl* ns = firstNamespace(); ns; ns = ns->next_) {
@@ -461,7 +428,7 @@ bool XDMElemImpl::readOccurs(const KvbString& occurs) {
   bool failed = false;
   // A refused text still sets the count, to 0.
   maxOccurrences_ = value.asInt(&failed);
-  if (failed) main_->setErrorMessage(kvbStringFormat("occurs value '%s' is not numeric.", occurs.asCstr()));
+  if (failed) mainImpl()->setErrorMessage(kvbStringFormat("occurs value '%s' is not numeric.", occurs.asCstr()));
   return !failed;
 }
 
@@ -484,7 +451,7 @@ bool XDMElemImpl::readChildren(KvDomNode child) {
     if (name.compare(names.attribute, true) == 0) {
       if (!XDMAttrImpl::fromDOM(this, child)) return false;
     } else if (name.compare(names.element, true) == 0) {
-      if (!fromDOM(main_, this, child)) return false;
+      if (!fromDOM(mainImpl(), this, child)) return false;
     }
   }
   return true;

@@ -10,41 +10,27 @@
 #include <kvxdom/kvdom.h>
 
 #include "kvxdmattr.h"
-#include "kvxdmcinfo.h"
 #include "kvxdmindex.h"
+#include "kvxdmnode.h"
 #include "kvxdmns.h"
 #include "kvxdmselected.h"
 
 class XDMMainImpl;
 
 /** An element of the model. It owns its children, attributes and namespace declarations. */
-class XDMElemImpl final : public XDMElement {
+class XDMElemImpl final : public XDMNodeImpl<XDMElement> {
  public:
   /** The most elements that may stand inside each other, the root counts: what a document may have, too. */
   static constexpr int deepest = 1'000;
 
   /** The XPath takes `prefix`, since a new element has no namespace yet. */
   XDMElemImpl(XDMMainImpl* main, XDMElemImpl* parent, const KvbString& prefix, const KvbString& localName) noexcept;
-  XDMElemImpl(const XDMElemImpl&) = delete;
-  XDMElemImpl& operator=(const XDMElemImpl&) = delete;
 
   // XDMNode
   int nodeType() override;
   XDMElement* getChild() override;
-  XDMMain* getMain() override;
   XDMNode* getNextSibling() override;
   XDMElement* getParent() override;
-  KvbString getDefault() override;
-  KvbString getFormat() override;
-  KvbString getInformat() override;
-  KvbString getLocalName() override;
-  int getMaximumLength() override;
-  XDMNamespace* getNamespace() override;
-  kvbType getType() override;
-  KvbString getValidValue(int index) override;
-  int getValidValues() override;
-  KvbString getXPath() override;
-  XDMColumn* selectAsColumn(const KvbString& name, bool isGroupBy) override;
 
   // XDMElement
   bool getDecidesRow() override;
@@ -57,10 +43,7 @@ class XDMElemImpl final : public XDMElement {
   virtual ~XDMElemImpl();
 
   // The tree, for the library itself
-  XDMMainImpl* mainImpl() const noexcept { return main_; }
   XDMElemImpl* parent() const noexcept { return parent_; }
-  XDMColumnInfo& columnInfo() noexcept { return columnInfo_; }
-  const XDMColumnInfo& columnInfo() const noexcept { return columnInfo_; }
   XDMElemImpl* firstChild() const noexcept { return static_cast<XDMElemImpl*>(children_.getItem(0)); }
   XDMElemImpl* nextSibling() const noexcept { return next_; }
   XDMAttrImpl* firstAttribute() const noexcept { return static_cast<XDMAttrImpl*>(attributes_.getItem(0)); }
@@ -97,9 +80,6 @@ class XDMElemImpl final : public XDMElement {
   KvbString qualifiedName(bool* failed) const noexcept;
 
   void setNamespace(XDMNamespace* ns) noexcept;
-
-  /** Stores the XPath without validation; on false the text goes to the main object's error message. */
-  bool setXPath(const KvbString& xpath);
 
   /** Whether there was memory for the XPath when the element was made; without, the message is set. */
   bool hasXPath() const noexcept { return columnInfo_.getXPath().length() != 0; }
@@ -168,7 +148,6 @@ class XDMElemImpl final : public XDMElement {
   std::nullptr_t fail(const char* text) noexcept;
 
   // What marking and writing queries look at lies together, so that less of each node comes from memory.
-  XDMMainImpl* main_;
   XDMElemImpl* parent_;
   XDMElemImpl* next_ = nullptr;
   bool decidesRow_ = false;
@@ -180,7 +159,6 @@ class XDMElemImpl final : public XDMElement {
   XDMList namespaces_;
   XDMList attributes_;
   XDMList children_;
-  XDMColumnInfo columnInfo_;
   const int depth_;
   int maxOccurrences_ = 1;
   int decidingRowDistance_ = 0;
