@@ -20,7 +20,10 @@ class XDMMainImpl;
 /** An element of the model. It owns its children, attributes and namespace declarations. */
 class XDMElemImpl final : public XDMNodeImpl<XDMElement> {
  public:
-  /** The most elements that may stand inside each other, the root counts: what a document may have, too. */
+  /**
+   * The most elements that may stand inside each other, the root counts. A document may have as many, but its own root
+   * element is one of them: a model of that depth, which only an XMLMap can make, is saved but not loaded again.
+   */
   static constexpr int deepest = 1'000;
 
   /** The XPath takes `prefix`, since a new element has no namespace yet. */

@@ -8,7 +8,12 @@ constexpr std::string_view whiteSpace = " \t\n\r\f\v";
 
 bool isWhite(char character) noexcept { return whiteSpace.find(character) != std::string_view::npos; }
 
+bool isBlank(std::string_view text) noexcept { return text.find_first_not_of(whiteSpace) == std::string_view::npos; }
+
 }  // namespace
+
+KvbPairReader::KvbPairReader(std::string_view text, char separator, Names names) noexcept
+    : text_(isBlank(text) ? std::string_view() : text), separator_(separator), names_(names) {}
 
 bool KvbPairReader::next() noexcept {
   skipBlanks();

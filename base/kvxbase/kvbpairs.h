@@ -11,9 +11,8 @@ class KvbPairReader {
  public:
   enum class Names { needValue, mayStandAlone };
 
-  /** `separator` 0 stands for white space. */
-  KvbPairReader(std::string_view text, char separator, Names names) noexcept
-      : text_(text), separator_(separator), names_(names) {}
+  /** `separator` 0 stands for white space. A text of blanks only has no pairs, even where a blank is the separator. */
+  KvbPairReader(std::string_view text, char separator, Names names) noexcept;
 
   /** Goes to the next pair; false at the end of the text and at the first fault. */
   bool next() noexcept;
