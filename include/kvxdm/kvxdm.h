@@ -24,8 +24,8 @@
 //   Threads: a main object and all that is reached from it are used by one thread at a time. Different main objects are
 //     independent.
 //   Limits: a model is at most 1,000 elements deep (999 when it comes from an XDM document, whose own root element
-//     counts), and its XPaths together take at most 128 MiB and 1 KiB more for each node; beyond that an operation fails
-//     as with exhausted memory.
+//     counts), and its XPaths together take at most 128 MiB and 1 KiB more for each node; beyond that an operation
+//     fails as with exhausted memory.
 //   ABI: hosts are compiled against the order of the operations below; it does not change.
 #ifndef KVXDM_KVXDM_H
 #define KVXDM_KVXDM_H
