@@ -29,8 +29,7 @@ constexpr Message catalogue[] = {
      "wrong."},
     {1414,
      "The XMLMap item %1 has the value %2, which is not allowed there. A syntax is XPath or XPathENR, a table path "
-     "leads "
-     "to an element, a LENGTH is a whole number and a DEFAULT is one of the column's valid values."},
+     "leads to an element, a LENGTH is a whole number and a DEFAULT is one of the column's valid values."},
     {1415,
      "The XMLMap item %1 is missing or empty. Fill it in: a TABLE-PATH needs a path, a heading attribute a name and a "
      "column a TYPE or DATATYPE."},
@@ -80,8 +79,7 @@ constexpr Message catalogue[] = {
     {1444, "The namespace prefix of %1 is not declared. Declare it in the XMLMap, or correct the prefix."},
     {1445,
      "The path step %1 leads to no node of the model, and none could be made for it. Check the spelling of the path; "
-     "if "
-     "it is right, give the program more memory."},
+     "if it is right, shorten it to 1,000 steps or give the program more memory."},
     {1446, "The XMLMap item %1 holds the unexpected element %2. Remove it, or correct its name; letter case counts."},
     {1447, "A string column of the XMLMap has no LENGTH. Add a LENGTH element with the longest length of its values."},
     {1448, "The file %1 is not an XMLMap: its root element is not ROWMAPS. Check the path."},

@@ -100,10 +100,10 @@ class XDMMain {
    *   make the attributes of the OUTPUT's HEADING attributes of the root. Other bits are ignored.
    *
    * Returns true when at least one column was selected. On false `*error` says what is wrong with which item of the map
-   * (messages 472, 1414, 1415, 1420, 1422, 1440, 1443 to 1450 and 1452, those of selectAsColumn and of
+   * (messages 472, 1414, 1415, 1420, 1422, 1423, 1440, 1443 to 1450 and 1452, those of selectAsColumn and of
    * XDMColumn::setXPath, "Failed to parse groupBy string '...' (...)", or 29 for exhausted memory); it can be empty for
-   * a path with a brace that is never closed and for a default that is refused. An `*error` that was not empty before
-   * the call keeps its text when the failure lies in the table's path, heading or columns.
+   * a path with a brace that is never closed. An `*error` that was not empty before the call keeps its text when the
+   * failure lies in the table's path, heading or columns.
    * What was built before a failure stays in the model; release the object and make a new one to try again.
    */
   virtual bool createFromXMLMap(const KvbString& mapFile, const KvbString& tableName, const KvbString& groupBy,

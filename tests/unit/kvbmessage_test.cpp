@@ -114,7 +114,7 @@ const Case cases[] = {
      "XDM1444: The namespace prefix of \"p:item\" is not declared. Declare it in the XMLMap, or correct the prefix."},
     {1445, "x", none, none,
      "XDM1445: The path step \"x\" leads to no node of the model, and none could be made for it. Check the spelling of "
-     "the path; if it is right, give the program more memory."},
+     "the path; if it is right, shorten it to 1,000 steps or give the program more memory."},
     {1446, "COLUMN", "datatype", none,
      "XDM1446: The XMLMap item \"COLUMN\" holds the unexpected element \"datatype\". Remove it, or correct its name; "
      "letter case counts."},
