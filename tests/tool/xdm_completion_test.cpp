@@ -57,8 +57,16 @@ TEST_F(Completion, OffersTheValuesOfAnOption) {
 }
 
 TEST_F(Completion, OffersTheTablesOfTheMap) {
-  EXPECT_EQ(offered({"show", "map.xml", "--table", ""}), "first\nsecond one\n");
+  EXPECT_EQ(offered({"show", "map.xml", "--table", ""}), "first\nsecond\\ one\n");
+  EXPECT_EQ(offered({"show", "map.xml", "--table", "second\\ "}), "second\\ one\n");
   EXPECT_EQ(offered({"show", "--table", ""}), "\n");
+}
+
+TEST_F(Completion, TakesWhatATableIsCalledForNothingElse) {
+  write("odd.xml", R"x(<ROWMAPS version="1.9"><TABLE name="$(touch made)"/><TABLE name="it's *"/></ROWMAPS>)x");
+  EXPECT_EQ(offered({"show", "odd.xml", "--table", ""}), "\\$\\(touch\\ made\\)\nit\\'s\\ \\*\n");
+  EXPECT_EQ(offered({"show", "odd.xml", "--table", "it"}), "it\\'s\\ \\*\n");
+  EXPECT_FALSE(std::filesystem::exists(file("made")));
 }
 
 TEST_F(Completion, OffersFiles) {
@@ -70,6 +78,15 @@ TEST_F(Completion, WorksInBash) {
   std::string line =
       "cd '" + folder() + "'; source " + completions + "/xdm.bash\n" + "xdm colu\t--form\tjs\tlibrary.xd\t; exit\n";
   EXPECT_THAT(typed("bash --norc --noprofile -i", line), testing::HasSubstr("\n[]\r\n"));
+}
+
+TEST_F(Completion, QuotesWhatTheShellWouldExpand) {
+  write("odd.xml", R"x(<ROWMAPS version="1.9"><TABLE name="$(touch made) it's"/></ROWMAPS>)x");
+  std::string line =
+      "cd '" + folder() + "'; source " + completions + "/xdm.bash\n" + "xdm show odd.xml --table \t; exit\n";
+  EXPECT_THAT(typed("bash --norc --noprofile -i", line),
+              testing::HasSubstr("gives no columns for the table \"$(touch made) it's\""));
+  EXPECT_FALSE(std::filesystem::exists(file("made")));
 }
 
 TEST_F(Completion, WorksInZsh) {

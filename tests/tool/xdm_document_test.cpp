@@ -185,6 +185,36 @@ TEST_F(DocumentRows, ThatTheProcessorRefusesAreNamed) {
             "xdm: error: the XQuery processor false failed on " + rows + " (exit status 1)");
 }
 
+TEST_F(DocumentRows, MustMakeADocument) {
+  std::string rows = csv("subject,isbn,title\r\n");
+  const std::pair<const char*, const char*> cases[] = {{"", "line 1: no element found\n"},
+                                                       {"sorry", "its answer is no XML; it begins: sorry\n"},
+                                                       {"<a>", "line 1: no element found\n"}};
+  for (const auto& [answer, reason] : cases) {
+    ProcessResult result = xdm(words(rows, {"--processor-command", "printf '" + std::string(answer) + "'"}));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.error,
+              "xdm: error: the XQuery processor printf gave no document for the rows of " + rows + "\n" + reason);
+  }
+}
+
+TEST_F(DocumentRows, OfARootThatDecidesTheRowAreOne) {
+  Words counted = {"document", model, "--row", "/library", "--column", "/library/@city", csv("city\r\na\r\nb\r\n")};
+  ProcessResult result = xdm(counted);
+  EXPECT_EQ(documentIn(result.output), "<library city=\"a\"/>");
+  EXPECT_EQ(result.error, "xdm: warning: " + counted.back() +
+                              ": only the first row is used, since the root element decides the row\n");
+  counted.back() = csv("city\r\na\r\n");
+  EXPECT_EQ(documentIn(outputOf(counted)), "<library city=\"a\"/>");
+}
+
+TEST_F(DocumentRows, WithOtherColumnsAreToldBoth) {
+  std::string rows = csv("subject;isbn;title\r\n");
+  EXPECT_THAT(xdm(words(rows)).error, HasSubstr("\nits columns are: 'subject;isbn;title'\n"
+                                                "those of the model are: 'subject', 'isbn', 'title'\n"));
+}
+
 TEST_F(DocumentRows, ThatAreNotThereFail) {
   EXPECT_EQ(errorOf(words(file("none"))), "xdm: error: cannot read '" + file("none") + "': No such file or directory");
 }

@@ -42,8 +42,8 @@ TEST_F(Map, TablesAreNamedInDocumentOrder) {
 TEST_F(Map, TablesOfAnythingElseAreAFailure) {
   EXPECT_EQ(errorOf({"tables", model}),
             "xdm: error: '" + model + "' is not an XMLMap: its root element is xdm, not ROWMAPS");
-  EXPECT_EQ(errorOf({"tables", file("none")}), "xdm: error: cannot read the XMLMap '" + file("none") +
-                                                   "': " + file("none") + ": No such file or directory");
+  EXPECT_EQ(errorOf({"tables", file("none")}),
+            "xdm: error: cannot read the XMLMap '" + file("none") + "': No such file or directory");
   EXPECT_THAT(errorOf({"tables", write("cut", "<ROWMAPS>")}), HasSubstr("line 1, column "));
   EXPECT_THAT(errorOf({"tables", "-"}), HasSubstr("standard input"));
 }
@@ -128,6 +128,29 @@ TEST_F(Map, AFailedHeadingIsNamedWithItsLine) {
                                    std::string(name) + "\" value=\"1\"/></HEADING></OUTPUT>");
     EXPECT_EQ(placeOf({"show", bad, "--heading"}), bad + ":8: HEADING: while making the root's attributes\n");
   }
+}
+
+TEST_F(Map, AHeadingWithoutARootIsNamedWithItsLine) {
+  std::string bad =
+      map("<OUTPUT><TABLEREF name=\"t\"/><HEADING>\n<ATTRIBUTE name=\"v\" value=\"1\"/></HEADING></OUTPUT>"
+          "<TABLE name=\"t\">" +
+          column("k", "/a/r/@k") + "</TABLE>");
+  EXPECT_THAT(errorOf({"show", bad, "--heading"}), StartsWith("xdm: error: XDM1423: "));
+  EXPECT_EQ(placeOf({"show", bad, "--heading"}), bad + ":3: HEADING: while making the root's attributes\n");
+}
+
+TEST_F(Map, AWrongNumberOfANamespaceIsNamedWithItsLine) {
+  std::string bad = tableMap(column("k", "/a/r/@k"), "2.1",
+                             "<NAMESPACES>\n<NS id=\"1\">urn:a</NS>\n<NS id=\"3\">urn:b</NS></NAMESPACES>");
+  EXPECT_THAT(errorOf({"show", bad}), StartsWith("xdm: error: XDM1420: "));
+  EXPECT_EQ(placeOf({"show", bad}), bad + ":8: NS: while reading the namespaces\n");
+}
+
+TEST_F(Map, AGroupOfAColumnThatIsNotThereIsWarnedOf) {
+  std::string one = tableMap(column("k", "/a/r/@k"));
+  ProcessResult result = xdm({"show", one, "--group-by", "a=k b=none"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.error, "xdm: warning: --group-by: the table has no column 'none'\n");
 }
 
 TEST_F(Map, FailuresOfTheWholeMapNameNoLine) {

@@ -183,6 +183,27 @@ TEST_P(Rows, ReadALocalDtdOnlyWhenAsked) {
             "title,subject\r\nx,from the DTD\r\nx,from the DTD\r\n");
 }
 
+TEST_P(Rows, OfADocumentOfAnotherVocabularyAreNoneWithAWarning) {
+  std::string other = write("other.xml", "<shop/>");
+  const std::string warning =
+      "xdm: warning: " + other + ": no rows, since its root element is 'shop' and the model's is 'library'\n";
+  for (const Words& options : {Words{}, Words{"--collection"}}) {
+    ProcessResult result = xdm(in({other}, options));
+    EXPECT_EQ(result.output, "title,subject\r\n");
+    EXPECT_EQ(result.error, warning);
+  }
+  EXPECT_EQ(outputOf(in({write("empty.xml", "<library/>")})), "title,subject\r\n");
+}
+
+TEST_P(Rows, OfElementsThatRepeatFailWithAHint) {
+  std::string two = write("two.xml", "<library><shelf><book><title>a</title><title>b</title></book></shelf></library>");
+  const std::string hint = "A column may have met several elements in one row: --sequence allows that, ";
+  ProcessResult result = xdm(in({two}));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.error, HasSubstr(hint));
+  EXPECT_THAT(result.error, HasSubstr("'xdm query' with the same model and options prints query.xq\n"));
+}
+
 TEST_P(Rows, NeverFetchFromTheNetwork) {
   // Nothing listens on port 9: a processor that tried would fail.
   std::string one = write("one.xml", bookOf("x", R"(<!DOCTYPE library SYSTEM "http://127.0.0.1:9/x.dtd">)"));
@@ -198,7 +219,8 @@ TEST_P(Rows, ReadNoFileThatAnEntityNames) {
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.output, "");
   EXPECT_THAT(result.error, AllOf(StartsWith("xdm: error: the XQuery processor "), Not(HasSubstr("SECRET")),
-                                  HasSubstr("\nxdm: warning: " + one + ": the entity 's' 'secret.txt' is not read\n")));
+                                  HasSubstr("\nxdm: warning: " + one +
+                                            ": the entity 's' 'secret.txt' is not read; --dtd reads it\n")));
   EXPECT_EQ(outputOf(in({one}, {"--dtd"})), "title,subject\r\nSECRET,\r\n");
 }
 
@@ -331,7 +353,7 @@ TEST_F(RowsOfACommand, ThatAreOneTagAmongOthersAreOneTableAsXml) {
                              "case $(cat \"$1\") in *x*) echo '<table><row><title>x</title><subject/></row></table>';;"
                              "*) echo '<table/>';; esac");
   std::string one = write("one.xml", bookOf("x"));
-  std::string none = write("none.xml", "<none/>");
+  std::string none = write("none.xml", "<library/>");
   Words options = {"--format", "xml", "--processor-command", "sh " + script + " {input}"};
   EXPECT_EQ(outputOf(words({none, one, none, one}, options)),
             "<table><row><title>x</title><subject/></row><row><title>x</title><subject/></row></table>\n");

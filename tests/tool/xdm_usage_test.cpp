@@ -28,7 +28,8 @@ TEST_F(Usage, WrongUsageIsSaidWithTheUsageAndEndsWithTwo) {
   } cases[] = {
       {{}, "A subcommand is required"},
       {{"query"}, "A subcommand is required"},
-      {{"bogus"}, "A subcommand is required"},
+      {{"bogus"}, "there is no command 'bogus'; the commands are tables, show, columns, query, save, rows, document"},
+      {{"query", "bogus"}, "there is no command 'bogus'; the commands are to-rows, from-rows"},
       {{"show"}, "MODEL is required"},
       {{"rows", "m"}, "DOCUMENT is required"},
       {{"show", "m", "--bogus"}, "The following argument was not expected: --bogus"},
@@ -37,7 +38,10 @@ TEST_F(Usage, WrongUsageIsSaidWithTheUsageAndEndsWithTwo) {
       {{"show", "m", "--format", "csv"}, "The following argument was not expected: --format"},
       {{"columns", "m", "--format", "xml"}, "--format: xml not in {table,csv,json}"},
       {{"rows", "m", "d", "--processor", "other"}, "--processor: other not in {saxon,basex}"},
+      {{"document", "m", "r", "s"}, "ROWS: At Most 1 required but received 2"},
       {{"show", "m", "-o"}, "--output: 1 required FILE missing"},
+      {{"show", "m", "-o", ""}, "--output: the file has no name"},
+      {{"show", "m", "--html", ""}, "--html: the file has no name"},
       {{"show", "m", "--column-xpath", "name"}, "--column-xpath: 'name' is not NAME=XPATH"},
       {{"rows", "-", "-"}, "standard input can be read only once"},
   };
@@ -71,6 +75,31 @@ TEST_F(Usage, WhatCannotBeLoadedIsTheLibrarysFailure) {
   EXPECT_THAT(errorOf({"show", "-"}, 1, R"(<ROWMAPS version="1.9"/>)"), StartsWith("xdm: error: XDM1425: "));
 }
 
+TEST_F(Usage, WhatCannotBeLoadedIsNamedWithTheReason) {
+  const struct {
+    Words words;
+    std::string input;
+    std::string line;
+  } cases[] = {
+      {{"show", file("none")}, "", file("none") + ": No such file or directory"},
+      {{"show", write("cut", "<xdm>\n<element")}, "", file("cut") + ": line 2, column 9: "},
+      {{"show", write("nameless", "<xdm version='1.0'><element/></xdm>")}, "", "in " + file("nameless")},
+      {{"show", document}, "", document + " has the root element 'library'; that of an XDM document is 'xdm', "},
+      {{"show", "-"}, "<xdm", "standard input: line 1, column 5: "},
+      {{"show", "-"}, "<ROWMAPS version='1.9'/>", "an XMLMap is given as a file; standard input is read as an XDM "},
+      {{"show", "/dev/null"}, "", "/dev/null: line 1, column 1: "},
+      {{"show", model, "--column", title, "--column-xpath", "title=/library/x"}, "", "--column-xpath title=/library/x"},
+  };
+  for (const auto& one : cases) {
+    std::string error = xdm(one.words, one.input).error;
+    EXPECT_THAT(error.substr(error.find('\n') + 1), StartsWith(one.line));
+  }
+}
+
+TEST_F(Usage, AModelThatIsNoFileIsCalledAsTheUserCallsIt) {
+  EXPECT_THAT(errorOf({"show", "/dev/null"}), HasSubstr("The XDM document \"/dev/null\" could not be read"));
+}
+
 TEST_F(Usage, TheModelMayStandOnStandardInput) {
   EXPECT_EQ(outputOf({"show", "-"}, libraryXdm), outputOf({"show", model}));
 }
@@ -100,6 +129,17 @@ TEST_F(Usage, ARefusedXPathIsTheLibrarysFailure) {
               StartsWith("xdm: error: XDM1445: "));
 }
 
+TEST_F(Usage, AValueInBracketsIsTakenAsItIs) {
+  EXPECT_EQ(errorOf({"show", model, "--row", "[x]"}),
+            "xdm: error: --row: the model has no element with the XPath '[x]'");
+  EXPECT_EQ(errorOf({"query", "to-rows", "--column-xpath", "[c]=/library[1]", model}),
+            "xdm: error: --column-xpath: the model has no column '[c]'");
+}
+
+TEST_F(Usage, TheOutputMayBeStandardOutput) {
+  EXPECT_EQ(outputOf({"show", model, "-o", "-"}), outputOf({"show", model}));
+}
+
 TEST_F(Usage, TheLastOfTwoValuesCounts) {
   EXPECT_EQ(outputOf({"columns", model, "--format", "csv", "--format", "json"}), "[]\n");
 }
@@ -122,10 +162,11 @@ TEST_F(Usage, AFullOrClosedStandardOutputIsAFailure) {
   const std::pair<const char*, const char*> cases[] = {{">/dev/full", "No space left on device"},
                                                        {">&-", "Bad file descriptor"}};
   for (const auto& [redirection, reason] : cases) {
-    ProcessResult result =
-        runProcess({"sh", "-c", std::string("exec \"$0\" show \"$1\" ") + redirection, XDM_TOOL, model});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, std::string("xdm: error: cannot write standard output: ") + reason + "\n");
+    for (const std::string words : {"show \"$1\" ", "--help ", "--version "}) {
+      ProcessResult result = runProcess({"sh", "-c", "exec \"$0\" " + words + redirection, XDM_TOOL, model});
+      EXPECT_EQ(result.status, 1);
+      EXPECT_EQ(result.error, std::string("xdm: error: cannot write standard output: ") + reason + "\n");
+    }
   }
 }
 

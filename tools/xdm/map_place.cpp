@@ -48,7 +48,7 @@ KvDomNode failedAttribute(const KvDomNode& root, const std::string& message) {
   KvDomNode heading = childNamed(childNamed(root, "OUTPUT"), "HEADING");
   for (KvDomNode at = childNamed(heading, "ATTRIBUTE"); !at.null(); at = nextNamed(at, "ATTRIBUTE")) {
     std::string name = toStd(nameOf(at));
-    if (name.empty() && isMessage(message, 1415)) return at;
+    if (isMessage(message, name.empty() ? 1415 : 1423)) return at;
     if (!name.empty() && isMessage(message, 1444) && message.find(name) != std::string::npos) return at;
   }
   return {};
@@ -81,6 +81,17 @@ std::string placeOfColumn(XDMMain& main, const KvDomNode& table, const FailedImp
   return place(import, column, "column '" + toStd(nameOf(column)) + "': while " + columnDoing(import.message));
 }
 
+/** The NS that has not the number of its place, which `message` complains about. */
+KvDomNode failedNamespace(const KvDomNode& root, const std::string& message) {
+  if (!isMessage(message, 1420)) return {};
+  int expected = 0;
+  KvDomNode ns = childNamed(childNamed(root, "NAMESPACES"), "NS");
+  while (!ns.null() && toStd(ns.getAttributeValue(literal("id"))) == std::to_string(++expected)) {
+    ns = nextNamed(ns, "NS");
+  }
+  return ns;
+}
+
 bool concernsWholeMap(const std::string& message) {
   for (int number : {472, 1422, 1448, 1449, 1450, 1452}) {
     if (isMessage(message, number)) return true;
@@ -93,6 +104,8 @@ bool concernsWholeMap(const std::string& message) {
 std::string placeOfFailure(XDMMain& main, const FailedImport& import) {
   KvDom map;
   if (concernsWholeMap(import.message) || !map.loadFile(toKvb(import.path))) return "";
+  KvDomNode ns = failedNamespace(map.getRoot(), import.message);
+  if (!ns.null()) return place(import, ns, "NS: while reading the namespaces");
   KvDomNode table = findTable(map.getRoot(), import.table);
   KvDomNode tablePath = childNamed(table, "TABLE-PATH");
   if (!tablePath.null() && !hasRow(main)) return place(import, tablePath, "TABLE-PATH: while building the row's path");

@@ -1,5 +1,9 @@
 #include "model.h"
 
+#include <kvxbase/kvbparse.h>
+#include <kvxdom/kvdom.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <unordered_map>
 
@@ -32,30 +36,60 @@ unsigned int importFlags(const ModelOptions& options) {
          (options.heading ? headingFlag : 0);
 }
 
+/** The library passes over names that no column has. */
+void warnOfUnknownGroups(XDMMain& main, const std::string& groupBy) {
+  KvbParse groups;
+  groups.parse(toKvb(groupBy), 0);
+  std::vector<std::string> columns = columnNames(main);
+  for (int index = 0; index < groups.getAttributeCount(); ++index) {
+    KvbString level;
+    KvbString column;
+    groups.getAttribute(index, &level, &column);
+    if (std::find(columns.begin(), columns.end(), toStd(column)) != columns.end()) continue;
+    warn("--group-by: the table has no column '" + toStd(column) + "'");
+  }
+}
+
 void importMap(XDMMain& main, const std::string& path, const ModelOptions& options) {
   KvbString error;
   if (main.createFromXMLMap(toKvb(path), toKvb(options.table), toKvb(options.groupBy), importFlags(options), &error)) {
-    return;
+    return warnOfUnknownGroups(main, options.groupBy);
   }
-  std::string text = toStd(error);
+  std::string text = replaced(toStd(error), path, options.path);
   std::string place = placeOfFailure(main, {options.path, path, options.table, options.heading, text});
   if (text.empty()) {
     text = "the import of '" + options.path +
-           "' failed; usually a path opens a brace that it never closes, or a default is not one of the valid values";
+           "' failed; usually a path opens a brace that it never closes, or has nothing between two braces";
   }
   throw Failure(text, place);
 }
 
-void loadStandardInput(XDMMain& main) {
-  KvbString error;
-  std::string text = readText(stdin, largestText + 1);
-  if (text.size() > largestText) throw Failure("standard input holds more than 1 GiB");
-  if (!main.loadFromXML(toKvb(text), &error)) throw Failure(toStd(error));
+/** What is wrong with a well-formed `document` that the library did not take. */
+std::string faultOf(const KvDom& document, const std::string& name) {
+  std::string root = toStd(document.getRoot().getName());
+  if (root == "xdm") return "in " + name;
+  if (root == "ROWMAPS") return "an XMLMap is given as a file; " + name + " is read as an XDM document";
+  return name + " has the root element '" + root + "'; that of an XDM document is 'xdm', that of an XMLMap 'ROWMAPS'";
 }
 
-void loadDocument(XDMMain& main, const std::string& path) {
+void loadStandardInput(XDMMain& main) {
   KvbString error;
-  if (!main.loadFromFile(toKvb(path), &error)) throw Failure(toStd(error));
+  KvbString text = toKvb(readText(stdin, largestText + 1));
+  if (static_cast<std::uintmax_t>(text.length()) > largestText) throw Failure("standard input holds more than 1 GiB");
+  if (main.loadFromXML(text, &error)) return;
+  KvDom document;
+  std::string name = titleOf("-");
+  throw Failure(toStd(error),
+                document.loadXML(text) ? faultOf(document, name) : name + ": " + reasonOf(document, name));
+}
+
+/** Loads the document at `path`, which the user calls `name`. */
+void loadDocument(XDMMain& main, const std::string& path, const std::string& name) {
+  KvbString error;
+  if (main.loadFromFile(toKvb(path), &error)) return;
+  KvDom document;
+  throw Failure(replaced(toStd(error), path, name),
+                document.loadFile(toKvb(path)) ? faultOf(document, name) : name + ": " + reasonOf(document, path));
 }
 
 /** The path of the model: a pipe is copied, since it is read twice. */
@@ -72,7 +106,7 @@ void fill(XDMMain& main, const ModelOptions& options) {
     TemporaryFolder folder;
     std::string path = readablePath(options.path, folder);
     if (isMap(path)) return importMap(main, path, options);
-    loadDocument(main, path);
+    loadDocument(main, path, options.path);
   }
   if (options.hasMapOptions) {
     throw WrongUsage("'" + options.path +
@@ -138,7 +172,7 @@ void setColumnXPath(XDMMain& main, const std::string& name, const std::string& x
   for (XDMColumn* column : columnsOf(main)) {
     if (toStd(column->getName()) != name) continue;
     KvbString error;
-    if (!column->setXPath(toKvb(xpath), &error)) throw Failure(toStd(error));
+    if (!column->setXPath(toKvb(xpath), &error)) throw Failure(toStd(error), "--column-xpath " + name + "=" + xpath);
     return;
   }
   throw Failure("--column-xpath: the model has no column '" + name + "'");

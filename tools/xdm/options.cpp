@@ -8,11 +8,13 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <sstream>
 #include <string_view>
 
 #include "commands.h"
 #include "diagnostics.h"
 #include "man.h"
+#include "output.h"
 
 namespace {
 
@@ -61,23 +63,45 @@ struct ColumnOptions {
   }
 };
 
-/** The words of the command line, last one first. CLI11 takes a word in brackets for a list; with "./" it is a path. */
-std::vector<std::string> wordsForParser(int argc, char** argv) {
-  std::vector<std::string> words;
-  for (int i = argc - 1; i > 0; --i) {
-    std::string word = argv[i];
-    words.push_back(word.starts_with('[') && word.ends_with(']') ? "./" + word : word);
+/** Whether a command takes the word behind the option `word` for its value. */
+bool wantsValue(const CLI::App& app, const std::string& word) {
+  const CLI::Option* option = word.starts_with('-') ? app.get_option_no_throw(word) : nullptr;
+  if (option) return option->get_items_expected_min() > 0;
+  std::vector<const CLI::App*> commands = app.get_subcommands({});
+  return std::any_of(commands.begin(), commands.end(), [&](auto* command) { return wantsValue(*command, word); });
+}
+
+/** The words for CLI11, last one first. It takes a file's name in brackets for a list; with "./" it is a path. */
+std::vector<std::string> wordsForParser(const CLI::App& app, int argc, char** argv) {
+  std::vector<std::string> words(argv + 1, argv + argc);
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    bool isInBrackets = words[i].starts_with('[') && words[i].ends_with(']');
+    if (isInBrackets && (i == 0 || !wantsValue(app, words[i - 1]))) words[i].insert(0, "./");
   }
+  std::reverse(words.begin(), words.end());
   return words;
 }
 
+bool looksLikeOption(const std::string& word) { return word.starts_with('-') && word != "--"; }
+
 /** What to say of the first word that looks like an option and is none; CLI11 would name a missing file instead. */
 std::optional<std::string> unknownOption(const std::vector<std::string>& words) {
-  auto found = std::find_if(words.begin(), words.end(),
-                            [](const std::string& word) { return word.starts_with('-') && word != "--"; });
+  auto found = std::find_if(words.begin(), words.end(), looksLikeOption);
   if (found == words.end()) return std::nullopt;
   return "The following argument was not expected: " + *found;
 }
+
+/** What to say when a word stands where `app` has commands and is none of them. */
+std::optional<std::string> unknownCommand(const CLI::App& app, const std::vector<std::string>& words) {
+  auto found = std::find_if_not(words.begin(), words.end(), looksLikeOption);
+  std::vector<const CLI::App*> commands = app.get_subcommands({});
+  if (found == words.end() || commands.empty()) return std::nullopt;
+  std::string names;
+  for (const CLI::App* command : commands) names += (names.empty() ? "" : ", ") + command->get_name();
+  return "there is no command '" + *found + "'; the commands are " + names;
+}
+
+std::string findEmptyName(const std::string& name) { return name.empty() ? "the file has no name" : ""; }
 
 CLI::Option* addRepeatable(CLI::App* command, const std::string& name, const std::string& help,
                            const std::string& value) {
@@ -99,6 +123,9 @@ struct CommandLine::Definition {
   Definition();
 
   const CLI::App* chosen() const;
+  /** Prints what was asked for instead of a command: help, the version or the manual page. */
+  void print(const CLI::Success& asked) const;
+  std::string explain(const CLI::ParseError& wrong) const;
   CLI::App* addCommand(CLI::App* parent, const char* name, const char* help, void (*run)(const Options&, Output&));
   CLI::App* addModelCommand(CLI::App* parent, const char* name, const char* help, void (*run)(const Options&, Output&));
   void addMapOptions(CLI::App* command);
@@ -156,7 +183,8 @@ void CommandLine::Definition::addDocument() {
   CLI::App* document = addModelCommand(&app, "document", "Print the document that rows make", &printDocument);
   document->add_option("ROWS", options.documents, "rows as CSV or as XML (table/row), '-' for standard input")
       ->required()
-      ->expected(1);
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
   addGroupRows(document);
   addProcessorOptions(document);
 }
@@ -164,9 +192,14 @@ void CommandLine::Definition::addDocument() {
 CLI::App* CommandLine::Definition::addCommand(CLI::App* parent, const char* name, const char* help,
                                               void (*run)(const Options&, Output&)) {
   CLI::App* command = parent->add_subcommand(name, help);
-  command->add_option("-o,--output", options.output, "Write to FILE, whole or not at all")->type_name("FILE");
+  command->add_option("-o,--output", options.output, "Write to FILE, whole or not at all; '-' is standard output")
+      ->type_name("FILE")
+      ->check(findEmptyName);
   command->add_flag("-q,--quiet", options.quiet, "Print no warnings and show no progress");
-  afterwards[command].push_back([this, run] { options.command = run; });
+  afterwards[command].push_back([this, run] {
+    options.command = run;
+    if (options.output == "-") options.output.clear();
+  });
   return command;
 }
 
@@ -220,6 +253,7 @@ void CommandLine::Definition::addSelectionOptions(CLI::App* command) {
 void CommandLine::Definition::addPage(CLI::App* command) {
   CLI::Option* page = command->add_option("--html", options.output, "Write a page for a browser to FILE instead")
                           ->type_name("FILE")
+                          ->check(findEmptyName)
                           ->excludes("--output");
   afterwards[command].push_back([this, page] {
     if (page->count() > 0) options.command = &showPage;
@@ -268,21 +302,35 @@ const CLI::App* CommandLine::Definition::chosen() const {
   return command;
 }
 
+void CommandLine::Definition::print(const CLI::Success& asked) const {
+  std::ostringstream text;
+  app.exit(asked, text, text);
+  Output output("");
+  output.write(text.str());
+  output.finish();
+}
+
+std::string CommandLine::Definition::explain(const CLI::ParseError& wrong) const {
+  std::vector<std::string> words = app.remaining(true);
+  if (std::optional<std::string> text = unknownOption(words)) return *text;
+  return unknownCommand(*chosen(), words).value_or(wrong.what());
+}
+
 CommandLine::CommandLine() : definition_(std::make_unique<Definition>()) {}
 
 CommandLine::~CommandLine() = default;
 
 std::optional<Options> CommandLine::parse(int argc, char** argv) {
   try {
-    definition_->app.parse(wordsForParser(argc, argv));
+    definition_->app.parse(wordsForParser(definition_->app, argc, argv));
     for (const auto& step : definition_->afterwards[definition_->chosen()]) step();
     checkStandardInput(definition_->options);
     return definition_->options;
   } catch (const CLI::Success& asked) {
-    definition_->app.exit(asked);
+    definition_->print(asked);
     return std::nullopt;
   } catch (const CLI::ParseError& wrong) {
-    throw WrongUsage(unknownOption(definition_->app.remaining(true)).value_or(wrong.what()));
+    throw WrongUsage(definition_->explain(wrong));
   }
 }
 

@@ -41,7 +41,11 @@ class SignalRelay {
   SignalRelay() {
     struct sigaction action = {};
     action.sa_handler = &passOn;
-    for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &action, &before_[i]);
+    for (std::size_t i = 0; i < signals.size(); ++i) {
+      sigaction(signals[i], nullptr, &before_[i]);
+      // What this process was told to ignore, as nohup does, it goes on ignoring.
+      if (before_[i].sa_handler != SIG_IGN) sigaction(signals[i], &action, nullptr);
+    }
   }
   ~SignalRelay() {
     runningChild = 0;
@@ -199,11 +203,12 @@ ProcessEnd runProcess(const std::vector<std::string>& command, const Environment
   Child child(command, environment);
   try {
     read(child.output());
-  } catch (const Failure&) {
+  } catch (const Failure& problem) {
     // A program that fails breaks its output off, or writes a message there.
     if (!child.skipMessage()) throw;
     ProcessEnd end = child.finish();
     if (end.succeeded) throw;
+    if (end.error.empty()) end.error = problem.details();
     return end;
   }
   return child.finish();

@@ -13,7 +13,7 @@
 struct ProcessEnd {
   bool succeeded;
   std::string how;    // "exit status 2", "signal 9"
-  std::string error;  // what it wrote to standard error
+  std::string error;  // what it wrote to standard error, or what was wrong with its output when it wrote nothing there
 };
 
 using Environment = std::vector<std::pair<std::string, std::string>>;

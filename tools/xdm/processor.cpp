@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
@@ -16,6 +17,7 @@ namespace {
 
 constexpr const char* saxonJar = "/usr/share/java/Saxon-HE.jar";
 constexpr const char* basexJar = "/usr/share/java/basex.jar";
+constexpr const char* queryName = "query.xq";
 
 std::string percentEncoded(std::string_view path) {
   constexpr char digits[] = "0123456789ABCDEF";
@@ -151,13 +153,6 @@ class BaseX : public JavaProcessor {
   static constexpr const char* commandFileName = "collection.bxs";
 };
 
-std::string replaced(std::string text, std::string_view what, const std::string& with) {
-  for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
-    text.replace(at, what.size(), with);
-  }
-  return text;
-}
-
 /** The words of a command line; quotes of both kinds hold blanks, and nothing else is special. */
 std::vector<std::string> splitWords(const std::string& text) {
   std::vector<std::string> words;
@@ -174,6 +169,18 @@ std::vector<std::string> splitWords(const std::string& text) {
   if (quote) throw WrongUsage(std::string("--processor-command: a ") + quote + " is never closed");
   if (words.empty()) throw WrongUsage("--processor-command: the command is empty");
   return words;
+}
+
+/** Throws Failure when `answer` begins like a sentence: a message that went to standard output. */
+void refuseMessage(std::FILE* answer) {
+  int first = std::fgetc(answer);
+  std::ungetc(first, answer);
+  constexpr std::uintmax_t enough = 200;
+  if (!std::isalnum(first)) return;
+  std::string text = readText(answer, enough);
+  text.erase(text.find_last_not_of('\n') + 1);
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  throw Failure("its answer is no XML; it begins: " + text);
 }
 
 /** The processor that the user gives as a command line. With a collection {input} is a folder that holds it. */
@@ -211,7 +218,7 @@ void Processor::run(const std::string& query, const Source& document, const Outp
   Place input = place(document, false);
   bool loadsDtd = canLoadDtd(document, input);
   if (!loadsDtd) warnOfDtd(document);
-  runTask({folder_.write("query.xq", query), input.path, "", document.size, loadsDtd}, document.name, read);
+  runTask({folder_.write(queryName, query), input.path, "", document.size, loadsDtd}, document.name, read);
 }
 
 void Processor::runCollection(const std::string& query, const std::string& variable,
@@ -226,7 +233,7 @@ void Processor::runCollection(const std::string& query, const std::string& varia
     paths.push_back(input.path);
   }
   if (!loadsDtd) std::for_each(documents.begin(), documents.end(), [&](const Source& one) { warnOfDtd(one); });
-  runTask({folder_.write("query.xq", query), collectionOf(paths), variable, bytes, loadsDtd},
+  runTask({folder_.write(queryName, query), collectionOf(paths), variable, bytes, loadsDtd},
           documents.size() == 1 ? documents[0].name : "the collection", read);
 }
 
@@ -243,23 +250,39 @@ Processor::Place Processor::place(const Source& document, bool inCollection) {
  */
 bool Processor::canLoadDtd(const Source& document, const Place& place) const {
   return mayLoadDtd_ &&
-         std::all_of(document.externals.begin(), document.externals.end(), [&](const ExternalPart& part) {
+         std::all_of(document.prolog.externals.begin(), document.prolog.externals.end(), [&](const ExternalPart& part) {
            return !findLocally(part, document.path).empty() && !(place.isLinked && isRelative(part));
          });
 }
 
 void Processor::warnOfDtd(const Source& document) const {
   if (!isToldAboutDtd()) return;
-  for (const ExternalPart& part : document.externals) {
-    warn(document.name + ": " + part.what + " '" + part.systemId + "' is not read");
+  for (const ExternalPart& part : document.prolog.externals) {
+    bool isWithinReach = !mayLoadDtd_ && !findLocally(part, document.path).empty();
+    warn(document.name + ": " + part.what + " '" + part.systemId + "' is not read" +
+         (isWithinReach ? "; --dtd reads it" : ""));
   }
 }
 
 void Processor::runTask(const Task& task, const std::string& documentName, const OutputReader& read) const {
   ProcessEnd end = runProcess(command(task), environment(), read);
   if (end.succeeded) return;
-  throw Failure("the XQuery processor " + name_ + " failed on " + documentName + " (" + end.how + ")",
-                explanation(end.error));
+  std::string details = explanation(end.error);
+  if (details.find(queryName) != std::string::npos) {
+    details += std::string("'xdm query' with the same model and options prints ") + queryName + "\n";
+  }
+  throw Failure("the XQuery processor " + name_ + " failed on " + documentName + " (" + end.how + ")", details);
+}
+
+OutputReader Processor::answerReader(const std::string& expected, const OutputReader& read) const {
+  return [processor = name_, expected, read](std::FILE* answer) {
+    try {
+      refuseMessage(answer);
+      read(answer);
+    } catch (const Failure& problem) {
+      throw Failure("the XQuery processor " + processor + " gave no " + expected, problem.what());
+    }
+  };
 }
 
 std::unique_ptr<Processor> chooseProcessor(const ProcessorOptions& options) {

@@ -28,6 +28,9 @@ class Processor {
   void runCollection(const std::string& query, const std::string& variable, const std::vector<Source>& documents,
                      const OutputReader& read);
 
+  /** `read` for an answer that is to be `expected`, such as "table of the rows of x.xml"; its failures say so. */
+  OutputReader answerReader(const std::string& expected, const OutputReader& read) const;
+
   const std::string& name() const { return name_; }
 
  protected:

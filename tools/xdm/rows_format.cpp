@@ -14,6 +14,7 @@ namespace {
 class CheckedPrinter : public RowsPrinter, private XmlRowSink {
  public:
   void finish() override {}
+  unsigned long rows() const final { return rows_; }
 
  protected:
   explicit CheckedPrinter(std::vector<std::string> columns) : columns_(std::move(columns)) {
@@ -35,10 +36,12 @@ class CheckedPrinter : public RowsPrinter, private XmlRowSink {
       throw Failure("a row with the column '" + row[i].first + "' in the place of '" + columns_[i] + "'");
     }
     print(row);
+    ++rows_;
   }
 
   std::vector<std::string> columns_;
   std::vector<std::string> localNames_;
+  unsigned long rows_ = 0;
 };
 
 class CsvPrinter : public CheckedPrinter {

@@ -16,6 +16,8 @@ class RowsPrinter {
   /** Adds the rows of `answer`, which is read once. Throws Failure when it is no table of the columns. */
   virtual void add(std::FILE* answer) = 0;
   virtual void finish() = 0;
+  /** How many rows have been printed. */
+  virtual unsigned long rows() const = 0;
 };
 
 /** `format` is "csv", "json" or "xml". */

@@ -45,18 +45,30 @@ class TableWriter {
   TableWriter(const RowsTarget& target, std::FILE* to) : to_(to) {
     writeTo(to_, "<table" + namespaceAttributes(target.query) + ">");
   }
-  void beginRow() { writeTo(to_, "<row>"); }
+  void beginRow() {
+    ++rows_;
+    writeTo(to_, "<row>");
+  }
   void value(const std::string& column, const std::string& value) {
     writeTo(to_, "<" + column + ">" + escapeXml(value) + "</" + column + ">");
   }
   void endRow() { writeTo(to_, "</row>\n"); }
   void finish() { writeTo(to_, "</table>"); }
+  /** The number of rows that have begun. */
+  unsigned long rows() const { return rows_; }
 
  private:
   std::FILE* to_;
+  unsigned long rows_ = 0;
 };
 
 std::string inQuotes(const std::string& text) { return "'" + text + "'"; }
+
+std::string listed(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + inQuotes(name);
+  return list;
+}
 
 std::string codePoint(char32_t code) {
   char text[16];
@@ -75,7 +87,6 @@ class CsvRows : public CsvSink {
       checkHeader(fields);
       header_ = fields;
     } else {
-      ++rows_;
       copyRow(fields, line);
     }
   }
@@ -88,14 +99,19 @@ class CsvRows : public CsvSink {
   void checkHeader(const std::vector<std::string>& names) const {
     for (const std::string& column : target_.columns) {
       auto count = std::count(names.begin(), names.end(), column);
-      if (count == 0) throw Failure(inQuotes(name_) + " has no column " + inQuotes(column) + ", which the model has");
-      if (count > 1) throw Failure(inQuotes(name_) + " has the column " + inQuotes(column) + " more than once");
+      if (count == 0) refuse(names, " has no column " + inQuotes(column) + ", which the model has");
+      if (count > 1) refuse(names, " has the column " + inQuotes(column) + " more than once");
     }
     for (const std::string& name : names) {
       if (std::find(target_.columns.begin(), target_.columns.end(), name) == target_.columns.end()) {
-        throw Failure(inQuotes(name_) + " has the column " + inQuotes(name) + ", which the model has not");
+        refuse(names, " has the column " + inQuotes(name) + ", which the model has not");
       }
     }
+  }
+
+  [[noreturn]] void refuse(const std::vector<std::string>& names, const std::string& why) const {
+    throw Failure(inQuotes(name_) + why,
+                  "its columns are: " + listed(names) + "\nthose of the model are: " + listed(target_.columns));
   }
 
   void copyRow(const std::vector<std::string>& fields, unsigned long line) {
@@ -114,15 +130,15 @@ class CsvRows : public CsvSink {
   void checkCharacters(const std::string& value, const std::string& column, unsigned long line) const {
     std::optional<char32_t> forbidden = findForbidden(value);
     if (!forbidden) return;
-    throw Failure(inQuotes(name_) + " line " + std::to_string(line) + ": row " + std::to_string(rows_) + ", column " +
-                  inQuotes(column) + " holds the character " + codePoint(*forbidden) + ", which XML forbids");
+    throw Failure(inQuotes(name_) + " line " + std::to_string(line) + ": row " + std::to_string(writer_.rows()) +
+                  ", column " + inQuotes(column) + " holds the character " + codePoint(*forbidden) +
+                  ", which XML forbids");
   }
 
   std::string name_;
   const RowsTarget& target_;
   TableWriter& writer_;
   std::vector<std::string> header_;
-  unsigned long rows_ = 0;
 };
 
 /** Copies rows in XML as they are, into the namespace in which the query looks for them. */
@@ -131,7 +147,6 @@ class XmlRows : public XmlRowSink {
   XmlRows(const RowsTarget& target, TableWriter& writer) : target_(target), writer_(writer) {}
 
   void onRow(const XmlRow& row) override {
-    ++rows_;
     writer_.beginRow();
     for (const auto& [name, value] : row) writer_.value(columnNamed(name), value);
     writer_.endRow();
@@ -142,12 +157,12 @@ class XmlRows : public XmlRowSink {
     auto found = std::find_if(target_.columns.begin(), target_.columns.end(),
                               [&](const std::string& column) { return localName(column) == local; });
     if (found != target_.columns.end()) return *found;
-    throw Failure("row " + std::to_string(rows_) + " has the column " + inQuotes(local) + ", which the model has not");
+    throw Failure("row " + std::to_string(writer_.rows()) + " has the column " + inQuotes(local) +
+                  ", which the model has not");
   }
 
   const RowsTarget& target_;
   TableWriter& writer_;
-  unsigned long rows_ = 0;
 };
 
 /** Whether the first character, blanks and a byte order mark apart, begins markup. */
@@ -164,7 +179,7 @@ bool isXml(std::FILE* file) {
 
 }  // namespace
 
-void convertRows(std::FILE* file, const std::string& name, const RowsTarget& target, std::FILE* to) {
+unsigned long convertRows(std::FILE* file, const std::string& name, const RowsTarget& target, std::FILE* to) {
   bool isMarkup = isXml(file);
   readFrom(file, 0);
   TableWriter writer(target, to);
@@ -182,4 +197,5 @@ void convertRows(std::FILE* file, const std::string& name, const RowsTarget& tar
   }
   writer.finish();
   readFrom(to, 0);
+  return writer.rows();
 }

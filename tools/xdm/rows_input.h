@@ -13,7 +13,10 @@ struct RowsTarget {
   std::string query;  // its prolog says in which namespace it looks for the rows
 };
 
-/** Writes the rows of `file`, called `name` in messages, to `to` in the form that the query reads. Throws Failure. */
-void convertRows(std::FILE* file, const std::string& name, const RowsTarget& target, std::FILE* to);
+/**
+ * Writes the rows of `file`, called `name` in messages, to `to` in the form that the query reads. Returns their number.
+ * Throws Failure.
+ */
+unsigned long convertRows(std::FILE* file, const std::string& name, const RowsTarget& target, std::FILE* to);
 
 #endif

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "diagnostics.h"
+#include "text.h"
 #include "xml_reader.h"
 
 namespace fs = std::filesystem;
@@ -89,6 +90,12 @@ Prolog readProlog(std::FILE* file) {
   return reader.prolog;
 }
 
+std::string reasonOf(const KvDom& document, const std::string& path) {
+  std::string reason = toStd(document.getErrorMessage());
+  std::string prefix = path + ": ";
+  return reason.starts_with(prefix) ? reason.substr(prefix.size()) : reason;
+}
+
 std::string titleOf(const std::string& name) { return name == "-" ? "standard input" : name; }
 
 std::string regularFile(const std::string& name, const TemporaryFolder& folder) {
@@ -103,7 +110,7 @@ std::string regularFile(const std::string& name, const TemporaryFolder& folder) 
 Source openSource(const std::string& name, const TemporaryFolder& folder) {
   std::string path = regularFile(name, folder);
   File file = openForReading(path, name);
-  return {titleOf(name), path, sizeOf(path), readProlog(file.get()).externals};
+  return {titleOf(name), path, sizeOf(path), readProlog(file.get())};
 }
 
 std::vector<Source> openCollection(const std::vector<std::string>& names, const TemporaryFolder& folder) {

@@ -3,6 +3,8 @@
 #ifndef XDM_SOURCES_H
 #define XDM_SOURCES_H
 
+#include <kvxdom/kvdom.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,8 +31,12 @@ struct Source {
   std::string name;  // what messages call it
   std::string path;  // an absolute path of a regular file
   std::uintmax_t size;
-  std::vector<ExternalPart> externals;
+  Prolog prolog;
 };
+
+/** Why `document` could not be read from the file at `path`, which the DOM service names only where it can't open it.
+ */
+std::string reasonOf(const KvDom& document, const std::string& path);
 
 /** What messages call a file that the user gave: "-" is standard input. */
 std::string titleOf(const std::string& name);

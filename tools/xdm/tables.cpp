@@ -4,14 +4,14 @@
 
 #include "commands.h"
 #include "diagnostics.h"
+#include "sources.h"
 #include "text.h"
 
 void printTables(const Options& options, Output& output) {
   const std::string& path = options.model.path;
   if (path == "-") throw Failure("standard input is read as an XDM document, which has no tables");
   KvDom map;
-  if (!map.loadFile(toKvb(path)))
-    throw Failure("cannot read the XMLMap '" + path + "': " + toStd(map.getErrorMessage()));
+  if (!map.loadFile(toKvb(path))) throw Failure("cannot read the XMLMap '" + path + "': " + reasonOf(map, path));
   std::string root = toStd(map.getRoot().getName());
   if (root != "ROWMAPS")
     throw Failure("'" + path + "' is not an XMLMap: its root element is " + root + ", not ROWMAPS");

@@ -100,4 +100,11 @@ std::size_t characters(std::string_view text) {
   return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
 }
 
+std::string replaced(std::string text, std::string_view what, std::string_view with) {
+  for (std::size_t at = 0; !what.empty() && (at = text.find(what, at)) != std::string::npos; at += with.size()) {
+    text.replace(at, what.size(), with);
+  }
+  return text;
+}
+
 std::string_view localName(std::string_view name) { return name.substr(name.find(':') + 1); }

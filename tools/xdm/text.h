@@ -23,6 +23,9 @@ std::optional<char32_t> findForbidden(std::string_view text);
 /** The number of characters of UTF-8 `text`. */
 std::size_t characters(std::string_view text);
 
+/** `text` with all `what` replaced. */
+std::string replaced(std::string text, std::string_view what, std::string_view with);
+
 /** The name without its prefix. */
 std::string_view localName(std::string_view name);
 

@@ -29,15 +29,29 @@ _xdm_tables() {
   done
 }
 
-_xdm_reply() {
-  local IFS=$'\n'
-  # shellcheck disable=SC2207  # names may hold blanks, and end at the end of the line
-  COMPREPLY=($(compgen "$@"))
+# Offers the lines of standard input that begin with $1. They may hold anything: `compgen -W` would expand them.
+_xdm_lines() {
+  local line
+  while IFS= read -r line; do
+    if [[ $line == "$1"* ]]; then COMPREPLY+=("$line"); fi
+  done
+}
+
+# Likewise, quoted for the shell; where the word has begun with a quote, only what it encloses as it is.
+_xdm_names() {
+  local name quoted
+  while IFS= read -r name; do
+    printf -v quoted %q "$name"
+    case ${COMP_WORDS[COMP_CWORD]} in
+      [\"\']*) _xdm_lines "$1" < <(grep -v '["'\''\\`$!]' <<<"$name") ;;
+      *) _xdm_lines "$1" <<<"$quoted" ;;
+    esac
+  done
 }
 
 _xdm_files() {
   compopt -o filenames
-  _xdm_reply -f -- "$1"
+  _xdm_lines "$1" < <(compgen -f -- "$1")
 }
 
 _xdm() {
@@ -47,19 +61,20 @@ _xdm() {
     words+=("${COMP_WORDS[${#words[@]} + 1]}")
     help=$("$tool" "${words[@]}" --help 2>/dev/null)
   done
+  COMPREPLY=()
   value=''
   if [[ $previous == -* ]]; then value=$(_xdm_value "$previous" <<<"$help"); fi
 
   case $previous:$value in
-    --table:*) _xdm_reply -W "$(_xdm_tables "$tool" "${COMP_WORDS[@]:1}")" -- "$current" ;;
-    *:*{*}) _xdm_reply -W "$(tr -s '{,}' '\n' <<<"${value#*:}")" -- "$current" ;;
+    --table:*) _xdm_names "$current" < <(_xdm_tables "$tool" "${COMP_WORDS[@]:1}") ;;
+    *:*"{"*) _xdm_lines "$current" < <(tr -s '{,}' '\n' <<<"${value#*:\{}") ;;
     *:FILE) _xdm_files "$current" ;;
-    *:?*) COMPREPLY=() ;;
+    *:?*) ;;
     *)
       if [[ $current == -* ]]; then
-        _xdm_reply -W "$(_xdm_options <<<"$help")" -- "$current"
+        _xdm_lines "$current" < <(_xdm_options <<<"$help")
       elif [[ -n $(_xdm_commands <<<"$help") ]]; then
-        _xdm_reply -W "$(_xdm_commands <<<"$help")" -- "$current"
+        _xdm_lines "$current" < <(_xdm_commands <<<"$help")
       else
         _xdm_files "$current"
       fi
