@@ -26,6 +26,12 @@ wrong usage
 the Java runtime for the XQuery processors; without it, java is looked for in
 .B PATH
 .TP
+.B KVX_LOG
+a level: events of the library of that level and above go to standard error
+.TP
+.B KVX_OPTIONS
+options of the library: Bench gives the variable of collections a fixed name
+.TP
 .B NO_COLOR
 when set, no progress is shown on a terminal
 .TP
