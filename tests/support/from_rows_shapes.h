@@ -300,6 +300,25 @@ return
 <r   k="{local:gt($row/k)}"   m="{local:gt($row/m)}"/>))}</a>)",
         R"(<a><r k="1" m="2"/><r k="3" m=""/></a>)"}},
 
+      {"RowWithTextOnly",
+       rowWithAttributeAndElement,
+       {{"/a/r", "r"}},
+       "<table><row><r>t</r></row><row><r>u</r></row></table>",
+       {{"gt"},
+        R"(<a>{for $row in /table/row
+return
+(
+<r>{local:gt($row/r)}</r>)}</a>)",
+        R"(<a><r>t</r><r>u</r></a>)"},
+       {{"gt"},
+        R"(<a>{
+(let $rows := /table/row
+for $row in $rows
+return
+(
+<r>{local:gt($row/r)}</r>))}</a>)",
+        R"(<a><r>t</r><r>u</r></a>)"}},
+
       {"RowWithTextAttributeAndElement",
        rowWithAttributeAndElement,
        {{"/a/r", "r"}, {"/a/r/@k", "k"}, {"/a/r/c1", "c1"}},
