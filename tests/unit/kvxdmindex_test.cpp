@@ -4,6 +4,7 @@
 
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "allocation_faults.h"
@@ -35,6 +36,18 @@ std::vector<NamedNode> numberedNodes(int count) {
   std::vector<NamedNode> nodes;
   for (int i = 0; i < count; ++i) nodes.push_back({std::to_string(i)});
   return nodes;
+}
+
+TEST(Index, FindsAChildByEveryColonOfItsQualifiedName) {
+  Model model;
+  for (int i = 0; i < NodeIndex<XDMElemImpl>::threshold; ++i) addChild(model.root, std::to_string(i).c_str());
+  bool failed = false;
+  for (auto [prefix, name, qualified] : {std::tuple("p", ":n", "p::n"), {"q:", "n", "q::n"}}) {
+    XDMElemImpl* child = addChild(model.root, name);
+    child->setNamespace(model.root->createNamespace(kv(prefix), kv("u")));
+    EXPECT_EQ(model.root->findChild(kv(qualified), &failed), child) << qualified;
+  }
+  EXPECT_EQ(model.root->findChild(kv("::n"), &failed), nullptr);
 }
 
 TEST(Index, FindsTheFirstNodeOfEachKeyAfterGrowing) {

@@ -1,6 +1,8 @@
 // Tests kvxdmxqy_element.cpp: what the shapes of whole queries don't show of the element builder.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "allocation_faults.h"
 #include "from_rows_model.h"
 #include "kvxdmelem.h"
@@ -9,6 +11,14 @@
 namespace {
 
 constexpr short gt = -0x8000;
+
+short requestsOf(const std::vector<std::string_view>& functions) {
+  int requests = 0;
+  for (const LibraryText& function : libraryTexts()) {
+    if (std::count(functions.begin(), functions.end(), function.name) > 0) requests |= function.request;
+  }
+  return static_cast<short>(requests);
+}
 
 /** A model whose columns are marked, and one call of the builder. */
 class ElementBuilderTest : public testing::Test {
@@ -69,6 +79,18 @@ TEST_F(ElementBuilderTest, ConstructorRequestsLocalGtOnly) {
   make(rowWithAttributeAndElement, {{"/a/r/@k", "k"}});
   bodyOf(false);
   EXPECT_EQ(functions, gt);
+}
+
+TEST_F(ElementBuilderTest, RequestsTheFunctionsThatItCallsAndNothingElse) {
+  for (const FromRowsShape& shape : fromRowsShapes()) {
+    for (bool groupRows : {false, true}) {
+      main = modelOf(shape);
+      ASSERT_TRUE(impl()->markSelected());
+      functions = 0;
+      bodyOf(groupRows);
+      EXPECT_EQ(functions, requestsOf(shape.query(groupRows).functions)) << shape.name;
+    }
+  }
 }
 
 TEST_F(ElementBuilderTest, AttributeSeparatorStartsAfreshAtEachStep) {
