@@ -11,7 +11,8 @@ struct KvDomElement;
 
 /**
  * A handle to an element of a KvDom, copied by value. It is valid only while its document lives and is not loaded or
- * started anew. Names are as written, with any prefix; there is no namespace processing. Texts are UTF-8.
+ * started anew. Names are as written, with any prefix; there is no namespace processing. Texts are UTF-8. Whether a
+ * name to write is an XML name is told by its ASCII characters; all others are taken.
  *
  * No operation throws, getValue() apart. A null handle answers null strings, null handles and false.
  */

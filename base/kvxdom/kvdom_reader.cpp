@@ -18,6 +18,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/InputSource.hpp>
@@ -57,6 +58,9 @@ class Utf8Encoder {
     return out;
   }
 
+  /** Whether the last unit was the first half of a pair. */
+  bool inPair() const { return lead_ != 0; }
+
  private:
   static constexpr std::size_t stride = 8;
 
@@ -83,8 +87,9 @@ class Utf8Encoder {
     return out;
   }
 
-  char* encodePair(XMLCh trail, char* out) const {
+  char* encodePair(XMLCh trail, char* out) {
     unsigned character = 0x10000 + ((lead_ - 0xD800u) << 10) + (trail - 0xDC00u);
+    lead_ = 0;
     *out++ = static_cast<char>(0xF0 | character >> 18);
     return putContinuation(character, putContinuation(character >> 6, putContinuation(character >> 12, out)));
   }
@@ -202,6 +207,12 @@ class TreeBuilder final : public xercesc::DefaultHandler {
     }
   }
 
+  /** Xerces-C takes a null character behind the root for the end. */
+  void endDocument() override {
+    const auto& readers = static_cast<const xercesc::ReaderMgr&>(*locator_);
+    if (readers.getCurrentReader()->charsLeftInBuffer() > 0) refuse("a null character is not accepted");
+  }
+
   void error(const xercesc::SAXParseException& fault) override { fatalError(fault); }
 
   void fatalError(const xercesc::SAXParseException& fault) override {
@@ -245,6 +256,8 @@ class TreeBuilder final : public xercesc::DefaultHandler {
     atMost(limits_.textBytes, count, what);
     std::string_view text = scratch(units, count);
     atMost(limits_.textBytes, text.size(), what);
+    // Xerces-C finds half a character everywhere but at the end of a value.
+    if (encoder_.inPair()) refuse("half a surrogate pair is not accepted");
     return text;
   }
 
@@ -288,16 +301,29 @@ class CountedStream final : public xercesc::BinInputStream {
 
   XMLSize_t readBytes(XMLByte* const to, const XMLSize_t size) override {
     std::size_t count = source_.read(to, size);
+    if (count == 0) return endLastCharacter(to);
+    last_ = to[count - 1];
     count_ += count;
     builder_.atMost(limit_, count_, "bytes in the document");
     return count;
   }
 
  private:
+  /**
+   * Xerces-C passes over a character that is cut short by the end. A line break behind it makes it a fault; behind a
+   * whole character, which can only be a line break of XML 1.1, it means nothing.
+   */
+  XMLSize_t endLastCharacter(XMLByte* to) {
+    if (last_ < 0x80) return 0;
+    *to = last_ = '\n';
+    return 1;
+  }
+
   ByteSource& source_;
   const TreeBuilder& builder_;
   std::size_t limit_;
   std::size_t count_ = 0;
+  XMLByte last_ = 0;
 };
 
 /** Makes the stream of a document. The bytes stay the caller's: Xerces-C leaks its stream when memory runs out. */

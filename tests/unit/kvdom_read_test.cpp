@@ -222,6 +222,11 @@ TEST(KvDomRead, MalformedDocumentsAreRefusedWithLineAndColumn) {
       {"<a>\n  <b></a>", "line 2, column 8: "},
       {"<a></a><b/>", "line 1, column "},
       {"<a/>x", "line 1, column "},
+      {"<a/>\0"s, "line 1, column 5: "},
+      {"<a/>\n\0<b/>"s, "line 2, column 1: "},
+      {"<a/>\xC3", "line 1, column "},
+      {"<a/>\n\xE2\x82", "line 1, column "},
+      {"<a/>\xF0\x9F\x98", "line 1, column "},
       {"<a x='1' x='2'/>", "line 1, column "},
       {"<a x='<'/>", "line 1, column "},
       {"<a>&#0;</a>", "line 1, column "},
@@ -242,6 +247,29 @@ TEST(KvDomRead, MalformedDocumentsAreRefusedWithLineAndColumn) {
     EXPECT_EQ(message.substr(0, std::string_view(error).size()), error) << xml << ": " << message;
     EXPECT_GT(message.size(), std::string_view("line 1, column 1: ").size()) << xml;
   }
+}
+
+TEST(KvDomRead, Utf16ThatEndsAValueInHalfACharacterIsRefused) {
+  const auto utf16 = [](std::u16string_view xml) {
+    return "\xFF\xFE" + std::string(reinterpret_cast<const char*>(xml.data()), 2 * xml.size());
+  };
+  TemporaryFolder folder;
+  KvDom document;
+  EXPECT_TRUE(document.loadFile(text(folder.write("a.xml", utf16(u"<a x='\xD83D\xDE00'/>")))));
+  for (std::u16string_view xml : {u"<a x='a\xD83D'/>", u"<a x='\xD83D' y=''/>", u"<a x='\xD83Dz'/>", u"<a>\xD83D</a>",
+                                  u"<!DOCTYPE a [<!ATTLIST a x CDATA '\xD83D'>]><a/>"}) {
+    EXPECT_FALSE(document.loadFile(text(folder.write("a.xml", utf16(xml)))))
+        << attributeOf(document.getRoot(), "x").asCstr();
+    EXPECT_EQ(errorOf(document).substr(0, 15), "line 1, column ");
+  }
+}
+
+TEST(KvDomRead, ALineBreakOfXml11MayEndTheDocument) {
+  TemporaryFolder folder;
+  KvDom document;
+  EXPECT_TRUE(document.loadXML(text("<?xml version='1.1'?><a/>\xC2\x85"))) << errorOf(document);
+  std::string latin1 = "<?xml version='1.1' encoding='ISO-8859-1'?><a/>\x85";
+  EXPECT_TRUE(document.loadFile(text(folder.write("a.xml", latin1)))) << errorOf(document);
 }
 
 TEST(KvDomRead, AFileInAnUnknownEncodingIsRefused) {
