@@ -58,7 +58,7 @@ class Utf8Encoder {
     return out;
   }
 
-  /** Whether the last unit was the first half of a pair. */
+  /** Whether the first half of a pair still lacks its second half. */
   bool inPair() const { return lead_ != 0; }
 
  private:

@@ -4,6 +4,7 @@
 #ifndef KVXDM_TESTS_FROM_ROWS_SHAPES_H
 #define KVXDM_TESTS_FROM_ROWS_SHAPES_H
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -23,6 +24,10 @@ struct FromRowsQuery {
   std::vector<std::string_view> functions;  // the declared ones, as in from_rows_library.h
   const char* body;
   const char* document;  // empty when the processors refuse the text
+
+  bool declares(std::string_view function) const {
+    return std::find(functions.begin(), functions.end(), function) != functions.end();
+  }
 };
 
 struct FromRowsShape {

@@ -15,10 +15,6 @@ std::string declared(int requested) {
   return str(query.text());
 }
 
-bool declares(const FromRowsQuery& query, std::string_view function) {
-  return std::count(query.functions.begin(), query.functions.end(), function) > 0;
-}
-
 class LibraryFunction : public testing::TestWithParam<LibraryText> {};
 
 TEST_P(LibraryFunction, HasItsLength) { EXPECT_EQ(GetParam().text.size(), GetParam().length); }
@@ -38,7 +34,7 @@ TEST_P(LibraryFunction, IsDeclaredWhereItIsCalledAndNowhereElse) {
   int declaring = 0, others = 0;
   for (const FromRowsShape& shape : fromRowsShapes()) {
     for (bool groupRows : {false, true}) {
-      const bool expected = declares(shape.query(groupRows), GetParam().name);
+      const bool expected = shape.query(groupRows).declares(GetParam().name);
       const bool found = queryOf(shape, groupRows).find(GetParam().text) != std::string::npos;
       EXPECT_EQ(found, expected) << shape.name;
       ++(found ? declaring : others);
